@@ -1,0 +1,65 @@
+#include "driver/command_loop.h"
+
+#include <cstring>
+#include <iostream>
+#include <string>
+
+#include "driver/command_table.h"
+#include "driver/string_split.h"
+
+size_t trimLine(char* line) {
+  size_t length = std::strlen(line);
+  if (length && line[length - 1] == '\n') line[--length] = '\0';
+  if (length && line[length - 1] == '\r') line[--length] = '\0';
+  while (length && line[length - 1] == ' ') line[--length] = '\0';
+  return length;
+}
+
+void dispatchLine(WBEngine& engine, const char* line) {
+  const char* blank = std::strchr(line, ' ');
+  size_t wordLength = blank ? size_t(blank - line) : std::strlen(line);
+  const CommandRow* row = findCommand(line, wordLength);
+  if (!row) return;
+
+  Arguments args;
+  bool countOk = true;
+  if (blank) {
+    args = splitString(blank + 1, ' ');
+    if (args.size() < row->minArgs) {
+      std::cout << "Error (missing arguments, expected at least " << row->minArgs << "): " << line << std::endl;
+      countOk = false;
+    } else if (args.size() > row->maxArgs) {
+      std::cout << "Error (too many arguments, expected at most " << row->maxArgs << "): " << line << std::endl;
+      countOk = false;
+    }
+  } else if (row->minArgs != 0) {
+    std::cout << "Error (missing arguments, expected at least " << row->minArgs << "): " << line << std::endl;
+    countOk = false;
+  }
+
+  bool ok = false;
+  if (countOk) {
+    if (row->stopSearchFirst) engine.player.stopSearch();
+    ok = (engine.*(row->handler))(args);
+  }
+  if (!ok) std::cout << "# command \"" << line << "\" returned an error code " << std::endl;
+}
+
+void runCommandLoop(WBEngine& engine, FILE* input) {
+  char line[LineBufferSize];
+  while (!engine.quitRequested) {
+    if (engine.boardChanged) engine.printBoard();
+    if (!engine.xboardMode) std::cout << "# Your move: " << std::flush;
+    if (!std::fgets(line, LineBufferSize, input)) {
+      // End of input: let a running search end by its own limits, then stop.
+      engine.shutdownThreads();
+      engine.quitRequested = true;
+      break;
+    }
+    line[LineBufferSize - 1] = '\0';
+    if (trimLine(line) > 0) dispatchLine(engine, line);
+    std::cout << std::flush;
+    if (engine.quitRequested) break;
+    if (engine.player.isSearching()) continue;
+  }
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+// What the game side calls back into the protocol front end.
+class EngineInterface {
+ public:
+  virtual ~EngineInterface() = default;
+};

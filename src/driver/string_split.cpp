@@ -1,0 +1,12 @@
+#include "driver/string_split.h"
+
+std::vector<std::string> splitString(const std::string& text, char delimiter) {
+  std::vector<std::string> pieces;
+  size_t start = 0;
+  for (size_t pos = text.find(delimiter); pos != std::string::npos; pos = text.find(delimiter, start)) {
+    pieces.push_back(text.substr(start, pos - start));
+    start = pos + 1;
+  }
+  if (start < text.size()) pieces.push_back(text.substr(start));
+  return pieces;
+}

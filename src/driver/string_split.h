@@ -1,0 +1,7 @@
+#pragma once
+#include <string>
+#include <vector>
+
+// Splits at every delimiter. A piece before a delimiter counts even when
+// empty; the piece behind the last delimiter only when it isn't.
+std::vector<std::string> splitString(const std::string& text, char delimiter);

@@ -1,0 +1,71 @@
+#pragma once
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+// A power-of-two array of buckets addressed by (key & mask). Serves the
+// transposition table, the perft hash and the pawn hash.
+template <typename Entry, unsigned EntriesPerBucket>
+class HashTable {
+ public:
+  struct Bucket {
+    Entry entries[EntriesPerBucket];
+  };
+  static constexpr uint64_t bucketBytes = sizeof(Bucket);
+  static constexpr uint64_t maxRequestMB = 1048576;
+
+  explicit HashTable(const char* name) : name_(name) {}
+  HashTable(const HashTable&) = delete;
+  HashTable& operator=(const HashTable&) = delete;
+  ~HashTable() { std::free(storage_); }
+
+  // Takes the largest power of two of bytes that doesn't exceed the request,
+  // allocates it zeroed and prints the size line. Returns the size in MB.
+  uint64_t sizeFor(uint64_t requestedMB) {
+    uint64_t bytes = (requestedMB < maxRequestMB ? requestedMB : maxRequestMB) << 20;
+    uint64_t count = 1;
+    if (bytes >= 2 * bucketBytes)
+      while (count * 2 * bucketBytes <= bytes) count *= 2;
+    std::free(storage_);
+    storage_ = nullptr;
+    buckets = nullptr;
+    // A request the machine can't meet is halved until it can.
+    while (!allocate(count) && count > 1) count /= 2;
+    if (!buckets) allocate(1);
+    mask = count - 1;
+    entryCount = count * EntriesPerBucket;
+    reserved = 0;
+    uint64_t sizeMB = (count * bucketBytes) >> 20;
+    std::cout << "# new size of " << name_ << ": " << sizeMB << " MB" << std::endl;
+    return sizeMB;
+  }
+
+  void clear() {
+    if (buckets) std::memset(static_cast<void*>(buckets), 0, (mask + 1) * bucketBytes);
+  }
+
+  Bucket& bucketFor(uint64_t key) { return buckets[key & mask]; }
+  const Bucket& bucketFor(uint64_t key) const { return buckets[key & mask]; }
+  uint64_t bucketCount() const { return buckets ? mask + 1 : 0; }
+
+  Bucket* buckets = nullptr;
+  uint64_t mask = 0;
+  uint64_t entryCount = 0;
+  uint64_t reserved = 0;
+
+ private:
+  bool allocate(uint64_t count) {
+    // calloc leaves large blocks to fresh zero pages, so a big table costs
+    // nothing until it is touched; the extra line aligns buckets to 64 bytes.
+    void* raw = std::calloc(count * bucketBytes + 64, 1);
+    if (!raw) return false;
+    storage_ = raw;
+    uintptr_t aligned = (reinterpret_cast<uintptr_t>(raw) + 63) & ~uintptr_t(63);
+    buckets = reinterpret_cast<Bucket*>(aligned);
+    return true;
+  }
+
+  const char* name_;
+  void* storage_ = nullptr;
+};
