@@ -1,0 +1,356 @@
+#pragma once
+#include <cstdint>
+
+#include "board/board.h"
+#include "board/psq_table.h"
+#include "board/zobrist.h"
+
+// Three make/unmake pairs that keep more or less derived state:
+//  - makeMove: everything, for the game and the search;
+//  - makePerftMove: no psq, pawn key or clock, for perft;
+//  - makeLightMove: arrays, lists, counts and side only, for legality trials.
+// Each exists per moving colour; no pair checks the move.
+
+namespace make_detail {
+
+enum class Mode { Full, Perft, Light };
+
+// Rights that survive a move from (or to) each square.
+struct RightsTables {
+  uint8_t keepFrom[128];
+  uint8_t keepTo[128];
+};
+
+constexpr RightsTables buildRightsTables() {
+  RightsTables t{};
+  for (int i = 0; i < 128; ++i) t.keepFrom[i] = t.keepTo[i] = 15;
+  t.keepFrom[4] = uint8_t(~(CastleWK | CastleWQ) & 15);
+  t.keepFrom[7] = t.keepTo[7] = uint8_t(~CastleWK & 15);
+  t.keepFrom[0] = t.keepTo[0] = uint8_t(~CastleWQ & 15);
+  t.keepFrom[116] = uint8_t(~(CastleBK | CastleBQ) & 15);
+  t.keepFrom[119] = t.keepTo[119] = uint8_t(~CastleBK & 15);
+  t.keepFrom[112] = t.keepTo[112] = uint8_t(~CastleBQ & 15);
+  return t;
+}
+
+inline constexpr RightsTables rightsTables = buildRightsTables();
+
+// Rook squares of the four castlings, by detail.
+inline constexpr Square castleRookFrom[4] = {7, 0, 119, 112};
+inline constexpr Square castleRookTo[4] = {5, 3, 117, 115};
+
+inline void addPsq(ScorePair& sum, const ScorePair& v) {
+  sum.mg = int16_t(sum.mg + v.mg);
+  sum.eg = int16_t(sum.eg + v.eg);
+}
+inline void subPsq(ScorePair& sum, const ScorePair& v) {
+  sum.mg = int16_t(sum.mg - v.mg);
+  sum.eg = int16_t(sum.eg - v.eg);
+}
+
+inline void updateCastlingKey(uint8_t before, uint8_t after, uint64_t& key) {
+  uint8_t changed = before ^ after;
+  if (!changed) return;
+  if (changed & 1) key ^= castlingKey[1];
+  if (changed & 2) key ^= castlingKey[2];
+  if (changed & 4) key ^= castlingKey[4];
+  if (changed & 8) key ^= castlingKey[8];
+}
+
+// Takes the piece on sq off the board; keys and psq as the mode keeps them.
+template <Mode M>
+inline void removePiece(Board_0x88& b, Square sq) {
+  uint8_t c = b.color[sq], t = b.piece[sq], s = b.slot[sq];
+  if constexpr (M != Mode::Light) {
+    PositionRecord& r = b.history[b.ply];
+    uint64_t k = pieceKey[c][t - 1][toSquare64(sq)];
+    r.hashKey ^= k;
+    if constexpr (M == Mode::Full) {
+      if (t == Pawn) r.pawnHashKey ^= k;
+      subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(sq)]);
+    }
+  }
+  // A piece beyond the list's capacity has no slot to free.
+  if (s < NoSlot) b.side[c].square[s] = NoSquare;
+  --b.side[c].count[t];
+  --b.side[c].total;
+  b.piece[sq] = NoPiece;
+  b.color[sq] = NoColor;
+  b.slot[sq] = NoSlot;
+}
+
+// Moves a piece within its slot; keys and psq as the mode keeps them.
+template <Mode M>
+inline void movePiece(Board_0x88& b, Square from, Square to) {
+  uint8_t c = b.color[from], t = b.piece[from], s = b.slot[from];
+  if constexpr (M != Mode::Light) {
+    PositionRecord& r = b.history[b.ply];
+    uint64_t k = pieceKey[c][t - 1][toSquare64(from)] ^ pieceKey[c][t - 1][toSquare64(to)];
+    r.hashKey ^= k;
+    if constexpr (M == Mode::Full) {
+      if (t == Pawn) r.pawnHashKey ^= k;
+      subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(from)]);
+      addPsq(b.psq[c], psqTable[c][t - 1][toSquare64(to)]);
+    }
+  }
+  if (s < NoSlot) b.side[c].square[s] = to;
+  b.piece[to] = t;
+  b.color[to] = c;
+  b.slot[to] = s;
+  b.piece[from] = NoPiece;
+  b.color[from] = NoColor;
+  b.slot[from] = NoSlot;
+}
+
+// Moves a piece back during unmake: no keys; psq only in the full mode.
+template <Mode M>
+inline void movePieceBack(Board_0x88& b, Square from, Square to) {
+  uint8_t c = b.color[from], t = b.piece[from], s = b.slot[from];
+  if constexpr (M == Mode::Full) {
+    subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(from)]);
+    addPsq(b.psq[c], psqTable[c][t - 1][toSquare64(to)]);
+  }
+  if (s < NoSlot) b.side[c].square[s] = to;
+  b.piece[to] = t;
+  b.color[to] = c;
+  b.slot[to] = s;
+  b.piece[from] = NoPiece;
+  b.color[from] = NoColor;
+  b.slot[from] = NoSlot;
+}
+
+// Puts a captured piece back into its former slot during unmake.
+template <Mode M>
+inline void restorePiece(Board_0x88& b, Square sq, uint8_t type, uint8_t c, uint8_t s) {
+  b.piece[sq] = type;
+  b.color[sq] = c;
+  b.slot[sq] = s;
+  b.side[c].square[s] = sq;
+  ++b.side[c].count[type];
+  ++b.side[c].total;
+  if constexpr (M == Mode::Full) addPsq(b.psq[c], psqTable[c][type - 1][toSquare64(sq)]);
+}
+
+inline uint8_t capturedCode(const Board_0x88& b, Square sq) {
+  return uint8_t((b.piece[sq] << 4) | (b.slot[sq] & 15));
+}
+
+template <Color C, Mode M>
+inline void make(Board_0x88& b, Move m, UndoRecord& u) {
+  constexpr Color Them = opponent(C);
+  constexpr int back = C == White ? -16 : 16;
+  const Square from = moveFromSquare(m), to = moveToSquare(m);
+  const unsigned kind = moveKind(m);
+
+  if constexpr (M == Mode::Light) {
+    if (kind == MoveEnPassant) {
+      Square victim = Square(to + back);
+      u.captured = capturedCode(b, victim);
+      removePiece<M>(b, victim);
+      movePiece<M>(b, from, to);
+    } else {
+      u.captured = capturedCode(b, to);
+      if (b.piece[to] != NoPiece) removePiece<M>(b, to);
+      movePiece<M>(b, from, to);
+      if (kind == MovePromotion) {
+        PieceType promoted = promotionPiece(m);
+        b.piece[to] = promoted;
+        --b.side[C].count[Pawn];
+        ++b.side[C].count[promoted];
+      } else if (kind == MoveCastling) {
+        movePiece<M>(b, castleRookFrom[moveDetail(m)], castleRookTo[moveDetail(m)]);
+      }
+    }
+    b.sideToMove = Them;
+    return;
+  } else {
+    PositionRecord& next = b.history[b.ply + 1];
+    const PositionRecord& prev = b.history[b.ply];
+    next.hashKey = prev.hashKey;
+    next.pawnHashKey = prev.pawnHashKey;
+    next.repetitionCount = 0;
+    ++b.ply;
+    u.castlingRights = b.castlingRights;
+    u.epSquare = b.epSquare;
+    u.halfMoveClock = b.halfMoveClock;
+    uint64_t& key = next.hashKey;
+    const uint8_t oldEp = b.epSquare;
+    const uint8_t rightsBefore = b.castlingRights;
+
+    if (kind == MoveEnPassant) {
+      Square victim = Square(to + back);
+      u.captured = capturedCode(b, victim);
+      removePiece<M>(b, victim);
+      movePiece<M>(b, from, to);
+      if constexpr (M == Mode::Full) b.halfMoveClock = 0;
+      b.epSquare = NoSquare;
+      if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
+      b.sideToMove = Them;
+      key ^= sideKey;
+      return;
+    }
+
+    u.captured = capturedCode(b, to);
+    if (kind == MovePromotion) {
+      if (b.piece[to] != NoPiece) removePiece<M>(b, to);
+      movePiece<M>(b, from, to);
+      PieceType promoted = promotionPiece(m);
+      Square64 to64 = toSquare64(to);
+      key ^= pieceKey[C][Pawn - 1][to64] ^ pieceKey[C][promoted - 1][to64];
+      if constexpr (M == Mode::Full) {
+        next.pawnHashKey ^= pieceKey[C][Pawn - 1][to64];
+        subPsq(b.psq[C], psqTable[C][Pawn - 1][to64]);
+        addPsq(b.psq[C], psqTable[C][promoted - 1][to64]);
+        b.halfMoveClock = 0;
+      }
+      b.piece[to] = promoted;
+      --b.side[C].count[Pawn];
+      ++b.side[C].count[promoted];
+      b.epSquare = NoSquare;
+      b.castlingRights &= rightsTables.keepTo[to];
+      if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
+    } else if (kind == MoveCastling) {
+      unsigned detail = moveDetail(m);
+      movePiece<M>(b, from, to);
+      movePiece<M>(b, castleRookFrom[detail], castleRookTo[detail]);
+      if constexpr (M == Mode::Full) ++b.halfMoveClock;
+      b.epSquare = NoSquare;
+      b.castlingRights &= C == White ? uint8_t(~(CastleWK | CastleWQ)) : uint8_t(~(CastleBK | CastleBQ));
+      if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
+    } else {
+      if (b.piece[to] != NoPiece) {
+        removePiece<M>(b, to);
+        if constexpr (M == Mode::Full) b.halfMoveClock = 0;
+      } else if constexpr (M == Mode::Full) {
+        if (b.piece[from] == Pawn)
+          b.halfMoveClock = 0;
+        else
+          ++b.halfMoveClock;
+      }
+      movePiece<M>(b, from, to);
+      uint8_t newEp = NoSquare;
+      if (moveDetail(m) == DetailDoubleStep) {
+        // Only a usable capture makes an en-passant square, so transpositions hash alike.
+        if (((to & 7) != 0 && b.piece[to - 1] == Pawn && b.color[to - 1] == Them) ||
+            ((to & 7) != 7 && b.piece[to + 1] == Pawn && b.color[to + 1] == Them))
+          newEp = uint8_t(to + back);
+      }
+      b.epSquare = newEp;
+      b.castlingRights &= rightsTables.keepFrom[from] & rightsTables.keepTo[to];
+      if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
+      if (newEp != NoSquare) key ^= epKey[newEp & 15];
+    }
+    updateCastlingKey(rightsBefore, b.castlingRights, key);
+    b.sideToMove = Them;
+    key ^= sideKey;
+  }
+}
+
+template <Color C, Mode M>
+inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
+  constexpr Color Them = opponent(C);
+  constexpr int back = C == White ? -16 : 16;
+  const Square from = moveFromSquare(m), to = moveToSquare(m);
+  const unsigned kind = moveKind(m);
+  b.sideToMove = C;
+  switch (kind) {
+    case MovePromotion: {
+      PieceType promoted = promotionPiece(m);
+      if constexpr (M == Mode::Full) {
+        Square64 to64 = toSquare64(to);
+        subPsq(b.psq[C], psqTable[C][promoted - 1][to64]);
+        addPsq(b.psq[C], psqTable[C][Pawn - 1][to64]);
+      }
+      --b.side[C].count[promoted];
+      ++b.side[C].count[Pawn];
+      b.piece[to] = Pawn;
+      movePieceBack<M>(b, to, from);
+      if (u.captured >> 4) restorePiece<M>(b, to, u.captured >> 4, Them, u.captured & 15);
+      break;
+    }
+    case MoveCastling:
+      movePieceBack<M>(b, to, from);
+      movePieceBack<M>(b, castleRookTo[moveDetail(m)], castleRookFrom[moveDetail(m)]);
+      break;
+    case MoveEnPassant:
+      movePieceBack<M>(b, to, from);
+      restorePiece<M>(b, Square(to + back), Pawn, Them, u.captured & 15);
+      break;
+    default:
+      movePieceBack<M>(b, to, from);
+      if (u.captured >> 4) restorePiece<M>(b, to, u.captured >> 4, Them, u.captured & 15);
+      break;
+  }
+  if constexpr (M != Mode::Light) {
+    b.castlingRights = u.castlingRights;
+    b.epSquare = u.epSquare;
+    b.halfMoveClock = u.halfMoveClock;
+    --b.ply;
+  }
+}
+
+}  // namespace make_detail
+
+template <Color C>
+inline void makeMove(Board_0x88& b, const Move& m, UndoRecord& u) {
+  make_detail::make<C, make_detail::Mode::Full>(b, m, u);
+}
+template <Color C>
+inline void unmakeMove(Board_0x88& b, const Move& m, const UndoRecord& u) {
+  make_detail::unmake<C, make_detail::Mode::Full>(b, m, u);
+}
+template <Color C>
+inline void makePerftMove(Board_0x88& b, const Move& m, UndoRecord& u) {
+  make_detail::make<C, make_detail::Mode::Perft>(b, m, u);
+}
+template <Color C>
+inline void unmakePerftMove(Board_0x88& b, const Move& m, const UndoRecord& u) {
+  make_detail::unmake<C, make_detail::Mode::Perft>(b, m, u);
+}
+template <Color C>
+inline void makeLightMove(Board_0x88& b, const Move& m, UndoRecord& u) {
+  make_detail::make<C, make_detail::Mode::Light>(b, m, u);
+}
+template <Color C>
+inline void unmakeLightMove(Board_0x88& b, const Move& m, const UndoRecord& u) {
+  make_detail::unmake<C, make_detail::Mode::Light>(b, m, u);
+}
+
+inline void makeNullMove(Board_0x88& b, UndoRecord& u) {
+  b.history[b.ply].movePlayed = NoMove;
+  PositionRecord& next = b.history[b.ply + 1];
+  next.hashKey = b.history[b.ply].hashKey;
+  next.pawnHashKey = b.history[b.ply].pawnHashKey;
+  next.repetitionCount = 0;
+  ++b.ply;
+  u.castlingRights = b.castlingRights;
+  u.epSquare = b.epSquare;
+  u.halfMoveClock = b.halfMoveClock;
+  b.sideToMove = opponent(Color(b.sideToMove));
+  b.halfMoveClock = 0;
+  next.hashKey ^= sideKey;
+  if (b.epSquare != NoSquare) next.hashKey ^= epKey[b.epSquare & 15];
+  b.epSquare = NoSquare;
+}
+
+inline void unmakeNullMove(Board_0x88& b, const UndoRecord& u) {
+  b.sideToMove = opponent(Color(b.sideToMove));
+  --b.ply;
+  b.castlingRights = u.castlingRights;
+  b.epSquare = u.epSquare;
+  b.halfMoveClock = u.halfMoveClock;
+}
+
+// Game-level conveniences that pick the instance from the side to move.
+inline void makeMoveForSide(Board_0x88& b, Move m, UndoRecord& u) {
+  if (b.sideToMove == White)
+    makeMove<White>(b, m, u);
+  else
+    makeMove<Black>(b, m, u);
+}
+inline void unmakeMoveForSide(Board_0x88& b, Move m, const UndoRecord& u) {
+  if (b.sideToMove == Black)
+    unmakeMove<White>(b, m, u);
+  else
+    unmakeMove<Black>(b, m, u);
+}

@@ -1,0 +1,215 @@
+#pragma once
+#include <cstdint>
+
+#include "board/attacks.h"
+#include "board/board.h"
+#include "board/check_info.h"
+#include "board/directions.h"
+#include "board/move.h"
+
+// Legal move generators: every candidate is filtered as it is appended, by the
+// pin test when not in check and by trial otherwise. Order: en passant, then
+// the own list by slot with the direction tables' order, castling last.
+
+enum PromotionMode { PromotionsAll, PromotionsQueenOnly };
+
+namespace gen_detail {
+
+// What a walk over the piece list produces.
+enum class Walk { All, Evasions, Captures, Quiets };
+
+template <Color C>
+struct Side {
+  static constexpr Color Them = opponent(C);
+  static constexpr int push = C == White ? 16 : -16;
+  static constexpr int capture1 = C == White ? 15 : -15;
+  static constexpr int capture2 = C == White ? 17 : -17;
+  static constexpr int doubleStepRank = C == White ? 1 : 6;
+  static constexpr int promotionSourceRank = C == White ? 6 : 1;
+  static constexpr Square kingHome = C == White ? 4 : 116;
+};
+
+inline uint64_t bitOf(Square sq) { return uint64_t(1) << toSquare64(sq); }
+
+// Appends a move after the legality filter of the walk: trial in check and
+// for king moves or pinned pieces, nothing otherwise.
+template <Color C, Walk W>
+inline void addFiltered(Board_0x88& b, MoveList& list, Move m, bool needsTrial) {
+  if (list.count >= MoveList::capacity) return;
+  if (W == Walk::Evasions || needsTrial) {
+    if (!passesTrial<C>(b, m)) return;
+  }
+  list.moves[list.count++] = ScoredMove{m, 0};
+}
+
+template <Color C, Walk W>
+inline void addPromotions(Board_0x88& b, MoveList& list, Square from, Square to, bool needsTrial,
+                          PromotionMode mode) {
+  addFiltered<C, W>(b, list, encodePromotion(from, to, Queen), needsTrial);
+  if (mode == PromotionsQueenOnly) return;
+  addFiltered<C, W>(b, list, encodePromotion(from, to, Knight), needsTrial);
+  addFiltered<C, W>(b, list, encodePromotion(from, to, Rook), needsTrial);
+  addFiltered<C, W>(b, list, encodePromotion(from, to, Bishop), needsTrial);
+}
+
+template <Color C, Walk W>
+inline void addEnPassant(Board_0x88& b, MoveList& list) {
+  if (b.epSquare == NoSquare) return;
+  constexpr int o1 = C == White ? -15 : 15;
+  constexpr int o2 = C == White ? -17 : 17;
+  constexpr int origins[2] = {o1, o2};
+  for (int offset : origins) {
+    int from = uint8_t(b.epSquare + offset);
+    if ((from & 0x88) || b.piece[from] != Pawn || b.color[from] != C) continue;
+    // Both pawns leave the rank at once, so en passant always goes through the trial.
+    addFiltered<C, W>(b, list, encodeMove88(Square(from), b.epSquare, MoveEnPassant), true);
+  }
+}
+
+template <Color C, Walk W>
+inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[4], bool pinned) {
+  constexpr Color Them = opponent(C);
+  for (int d : dirs) {
+    int to = uint8_t(from + d);
+    while (!(to & 0x88) && b.color[to] == NoColor) {
+      if constexpr (W != Walk::Captures) addFiltered<C, W>(b, list, encodeMove88(from, Square(to)), pinned);
+      to = uint8_t(to + d);
+    }
+    if constexpr (W != Walk::Quiets) {
+      if (!(to & 0x88) && b.color[to] == Them) addFiltered<C, W>(b, list, encodeMove88(from, Square(to)), pinned);
+    }
+  }
+}
+
+template <Color C, Walk W>
+inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[8], bool needsTrial) {
+  constexpr Color Them = opponent(C);
+  for (int d : dirs) {
+    int to = uint8_t(from + d);
+    if (to & 0x88) continue;
+    uint8_t occupant = b.color[to];
+    if constexpr (W == Walk::Captures) {
+      if (occupant != Them) continue;
+    } else if constexpr (W == Walk::Quiets) {
+      if (occupant != NoColor) continue;
+    } else {
+      if (occupant == C) continue;
+    }
+    addFiltered<C, W>(b, list, encodeMove88(from, Square(to)), needsTrial);
+  }
+}
+
+template <Color C, Walk W>
+inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, bool pinned, PromotionMode mode) {
+  using S = Side<C>;
+  constexpr Color Them = opponent(C);
+  constexpr int captureOffsets[2] = {S::capture1, S::capture2};
+  const int rank = from >> 4;
+  if (rank == S::promotionSourceRank) {
+    if constexpr (W == Walk::Quiets) return;
+    for (int offset : captureOffsets) {
+      int to = uint8_t(from + offset);
+      if (!(to & 0x88) && b.color[to] == Them) addPromotions<C, W>(b, list, from, Square(to), pinned, mode);
+    }
+    int to = uint8_t(from + S::push);
+    if (b.color[to] == NoColor) addPromotions<C, W>(b, list, from, Square(to), pinned, mode);
+    return;
+  }
+  if constexpr (W != Walk::Quiets) {
+    for (int offset : captureOffsets) {
+      int to = uint8_t(from + offset);
+      if (!(to & 0x88) && b.color[to] == Them) addFiltered<C, W>(b, list, encodeMove88(from, Square(to)), pinned);
+    }
+  }
+  if constexpr (W == Walk::Captures) return;
+  int to = uint8_t(from + S::push);
+  // A pawn on the last rank (only from an odd FEN) has nowhere to go.
+  if ((to & 0x88) || b.color[to] != NoColor) return;
+  addFiltered<C, W>(b, list, encodeMove88(from, Square(to)), pinned);
+  if (rank == S::doubleStepRank) {
+    int to2 = uint8_t(to + S::push);
+    if (b.color[to2] == NoColor)
+      addFiltered<C, W>(b, list, encodeMove88(from, Square(to2), MoveNormal, DetailDoubleStep), pinned);
+  }
+}
+
+template <Color C, Walk W>
+inline void walkPieces(Board_0x88& b, const PinMasks& pins, MoveList& list, PromotionMode mode) {
+  const uint64_t pinned = pins.any();
+  const PieceSet& set = b.side[C];
+  for (int s = 0; s <= LastSlot; ++s) {
+    Square from = set.square[s];
+    if (from & 0x88) continue;
+    bool isPinned = (pinned & bitOf(from)) != 0;
+    switch (b.piece[from]) {
+      case King: addLeaper<C, W>(b, list, from, kingDirs, true); break;
+      case Queen:
+        addSlider<C, W>(b, list, from, orthogonalDirs, isPinned);
+        addSlider<C, W>(b, list, from, diagonalDirs, isPinned);
+        break;
+      case Rook: addSlider<C, W>(b, list, from, orthogonalDirs, isPinned); break;
+      case Bishop: addSlider<C, W>(b, list, from, diagonalDirs, isPinned); break;
+      case Knight: addLeaper<C, W>(b, list, from, knightDirs, isPinned); break;
+      case Pawn: addPawnMoves<C, W>(b, list, from, isPinned, mode); break;
+      default: break;
+    }
+  }
+}
+
+// Castling, king side first; the passed square must not be attacked and the
+// destination is tested by the trial like every king move.
+template <Color C, Walk W>
+inline void addCastling(Board_0x88& b, MoveList& list) {
+  constexpr Color Them = opponent(C);
+  constexpr Square e = C == White ? 4 : 116;
+  constexpr uint8_t kingSide = C == White ? CastleWK : CastleBK;
+  constexpr uint8_t queenSide = C == White ? CastleWQ : CastleBQ;
+  constexpr unsigned kingDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  constexpr unsigned queenDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
+  CheckInfo scratch;
+  if ((b.castlingRights & kingSide) && b.piece[e + 1] == NoPiece && b.piece[e + 2] == NoPiece &&
+      !isAttackedBy<Them>(b, Square(e + 1), scratch))
+    addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), true);
+  if ((b.castlingRights & queenSide) && b.piece[e - 1] == NoPiece && b.piece[e - 2] == NoPiece &&
+      b.piece[e - 3] == NoPiece && !isAttackedBy<Them>(b, Square(e - 1), scratch))
+    addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), true);
+}
+
+}  // namespace gen_detail
+
+// All legal moves of a side that is not in check.
+template <Color C>
+inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, MoveList& list) {
+  using namespace gen_detail;
+  addEnPassant<C, Walk::All>(b, list);
+  walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
+  addCastling<C, Walk::All>(b, list);
+}
+
+// All legal moves of a side in check; every candidate is tried.
+template <Color C>
+inline void generateEvasions(Board_0x88& b, MoveList& list) {
+  using namespace gen_detail;
+  PinMasks none;
+  addEnPassant<C, Walk::Evasions>(b, list);
+  walkPieces<C, Walk::Evasions>(b, none, list, PromotionsAll);
+}
+
+// Captures and promotions (a promotion counts as a capture); side not in check.
+template <Color C>
+inline void generateCaptures(Board_0x88& b, const PinMasks& pins, MoveList& list, PromotionMode mode) {
+  using namespace gen_detail;
+  addEnPassant<C, Walk::Captures>(b, list);
+  walkPieces<C, Walk::Captures>(b, pins, list, mode);
+}
+
+// Moves to empty squares without promotion, and castling; side not in check.
+template <Color C>
+inline void generateQuiets(Board_0x88& b, const PinMasks& pins, MoveList& list) {
+  using namespace gen_detail;
+  walkPieces<C, Walk::Quiets>(b, pins, list, PromotionsAll);
+  addCastling<C, Walk::Quiets>(b, list);
+}
+
+// The entry for game-level callers: pins, check test, then the right generator.
+void generateLegalMoves(Board_0x88& b, MoveList& list, bool& inCheck);
