@@ -1,15 +1,30 @@
 #include "driver/chess_player.h"
 
+#include <cstdlib>
 #include <iostream>
 #include <thread>
 
+#include "board/attacks.h"
+#include "board/make_move.h"
+#include "board/move_generation.h"
+#include "driver/startup.h"
+#include "search/search_thread.h"
+
 ChessPlayer::ChessPlayer(TimeControl* tc, EngineInterface* eng)
-    : timeControl(tc), board(std::make_unique<Board_0x88>()), maxCores(std::thread::hardware_concurrency()), engine(eng) {
+    : timeControl(tc),
+      board(std::make_unique<Board_0x88>()),
+      maxCores(std::thread::hardware_concurrency()),
+      engine(eng),
+      tablebases(std::make_unique<TablebaseState>()) {
   // A platform that can't tell its core count still gets one search thread.
   if (maxCores == 0) maxCores = 1;
 }
 
-ChessPlayer::~ChessPlayer() { exitThreads(); }
+ChessPlayer::~ChessPlayer() {
+  if (!threads.empty()) stopSearch();
+  exitThreads();
+  threads.clear();
+}
 
 void ChessPlayer::setupSearch(bool recreate) {
   if (recreate) {
@@ -24,20 +39,164 @@ void ChessPlayer::setupSearch(bool recreate) {
     if (!pawnHash) pawnHash = std::make_unique<PawnHash>();
     currentPawnHashSizeMB = pawnHashSizeMB = uint32_t(pawnHash->sizeFor(pawnHashSizeMB));
   }
-  if (requestedCores == currentCores && !recreate) return;
+  if (requestedCores == currentCores && !recreate && !threads.empty()) {
+    // The tables may have been replaced: the threads follow them.
+    for (auto& t : threads) {
+      t->ttHash = ttHash.get();
+      t->pawnHash = pawnHash.get();
+    }
+    return;
+  }
   currentCores = requestedCores;
+  exitThreads();
+  threads.clear();
+  for (uint32_t i = 0; i < currentCores; ++i)
+    threads.push_back(std::make_unique<SearchThread>(i, ttHash.get(), pawnHash.get(), tablebases.get(), timeControl,
+                                                     this, &ChessPlayer::think, this));
 }
 
-void ChessPlayer::stopSearch() {}
+void ChessPlayer::startSearch() {
+  // Workers first: thread 0 may end at once (a book or random move) and must
+  // find every worker already running so that its stop reaches them.
+  for (size_t i = threads.size(); i-- > 1;) threads[i]->start();
+  if (!threads.empty()) threads[0]->start();
+}
 
-void ChessPlayer::exitThreads() {}
+void ChessPlayer::stopSearch() {
+  for (auto& t : threads) {
+    if (!t->isBusy()) continue;
+    t->requestStop();
+    t->discardResult.store(true, std::memory_order_relaxed);
+    t->waitUntilIdle();
+  }
+}
 
-bool ChessPlayer::isSearching() const { return false; }
+void ChessPlayer::stopWorkers() {
+  for (size_t i = 1; i < threads.size(); ++i) {
+    if (!threads[i]->isBusy()) continue;
+    threads[i]->requestStop();
+    threads[i]->waitUntilIdle();
+  }
+}
 
-bool ChessPlayer::reportGameEnd() { return false; }
+void ChessPlayer::waitForThreads() {
+  for (auto& t : threads) t->waitUntilIdle();
+}
+
+void ChessPlayer::exitThreads() {
+  for (auto& t : threads) t->exit();
+}
+
+bool ChessPlayer::isSearching() const {
+  for (const auto& t : threads)
+    if (t->runState.load(std::memory_order_acquire) == RunRunning) return true;
+  return false;
+}
 
 void ChessPlayer::setCores(uint32_t cores) {
   requestedCores = cores < maxCores ? cores : maxCores;
   std::cout << "# will now use " << requestedCores << " cores (requested=" << cores << ", current=" << currentCores
             << ", max=" << maxCores << ")" << std::endl;
+}
+
+void ChessPlayer::think(uint32_t index, void* argument) {
+  ChessPlayer& player = *static_cast<ChessPlayer*>(argument);
+  SearchThread& self = *player.threads[index];
+  Move move = NoMove, ponder = NoMove;
+  if (index != 0) {
+    if (!self.stopRequested()) self.searchRootForSide(*player.board, move, ponder);
+    self.finishWork();
+    return;
+  }
+
+  seedRandomFromClock();
+  TimeControl& tc = *player.timeControl;
+  tc.startClock();
+  if (tc.timed) tc.allocateTime(player.ply);
+  bool decided = false;
+  if (player.randomGame && player.randomMove(move)) decided = true;
+  if (!decided && !self.stopRequested()) {
+    if (player.pawnHash) player.pawnHash->hits = 0;
+    if (!player.outOfBook) {
+      if (tc.timed) tc.correctOutOfBook(player.ply);
+      player.outOfBook = true;
+    }
+    self.searchRootForSide(*player.board, move, ponder);
+    player.ponderMove = ponder;
+  }
+  player.stopWorkers();
+  if (move != NoMove && !self.discardResult.load(std::memory_order_relaxed)) player.engine->makeEngineMove(move);
+  tc.stopClock();
+  self.finishWork();
+}
+
+bool ChessPlayer::randomMove(Move& move) {
+  if (!hasPlayablePosition()) return false;
+  MoveList list;
+  bool inCheck;
+  generateLegalMoves(*board, list, inCheck);
+  if (list.count == 0) return false;
+  move = list.moves[uint32_t(rand() & 0x7fffffff) % list.count].move;
+  return true;
+}
+
+bool ChessPlayer::recordMove(Move move) {
+  if (!gameHasRoom()) return false;
+  Board_0x88& b = *board;
+  moveHistory[ply] = move;
+  b.history[b.ply].movePlayed = move;
+  makeMoveForSide(b, move, undoHistory[ply]);
+  ++ply;
+  return true;
+}
+
+bool ChessPlayer::gameHasRoom() const { return ply < MaxGamePly && board->ply < MaxBoardGamePly; }
+
+bool ChessPlayer::hasSafeLists() const {
+  const Board_0x88& b = *board;
+  if (b.sideToMove != White && b.sideToMove != Black) return false;
+  for (int sq = 0; sq < 128; ++sq)
+    if (!(sq & 0x88) && b.piece[sq] != NoPiece && b.slot[sq] == NoSlot) return false;
+  return true;
+}
+
+bool ChessPlayer::hasPlayablePosition() const {
+  if (!hasSafeLists()) return false;
+  const Board_0x88& b = *board;
+  for (int c = 0; c < 2; ++c)
+    if (b.side[c].count[King] != 1) return false;
+  for (int file = 0; file < 8; ++file)
+    if (b.piece[file] == Pawn || b.piece[0x70 + file] == Pawn) return false;
+  // The side that has just moved may not stand in check.
+  CheckInfo info;
+  if (b.sideToMove == White) return !findCheck<Black>(b, b.side[Black].square[0], info);
+  return !findCheck<White>(b, b.side[White].square[0], info);
+}
+
+bool ChessPlayer::isTimeUp() {
+  uint64_t nodes = 0;
+  for (const auto& t : threads) nodes += t->stats.nodes.get();
+  return timeControl->isTimeUp(currentCores, nodes);
+}
+
+void ChessPlayer::collectStatistics() {
+  SearchTotals sum;
+  for (const auto& t : threads) {
+    const SearchStatistics& s = t->stats;
+    sum.nodes += s.nodes.get();
+    sum.qsNodes += s.qsNodes.get();
+    sum.qsChecks += s.qsChecks.get();
+    sum.cutoffs += s.cutoffs.get();
+    sum.cutoffsOnFirstMove += s.cutoffsOnFirstMove.get();
+    sum.qsCutoffs += s.qsCutoffs.get();
+    sum.qsCutoffsOnFirstMove += s.qsCutoffsOnFirstMove.get();
+    sum.singularExtAttempts += s.singularExtAttempts.get();
+    sum.singularExtensions += s.singularExtensions.get();
+    sum.ttHashHits += s.ttHashHits.get();
+    sum.tbHits += s.tbHits.get();
+    uint32_t sel = uint32_t(s.selDepth.get());
+    if (sel > sum.selDepth) sum.selDepth = sel;
+  }
+  sum.pawnHashHits = pawnHash ? pawnHash->hits : 0;
+  totals = sum;
 }

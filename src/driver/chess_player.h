@@ -1,22 +1,34 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "board/board.h"
+#include "diagnostics/perft_entry.h"
 #include "driver/engine_interface.h"
+#include "driver/relaxed.h"
 #include "driver/time_control.h"
 #include "search/pawn_hash.h"
+#include "search/search_interface.h"
+#include "search/search_statistics.h"
 #include "search/tt_entry.h"
+#include "tablebase/search_probe.h"
+
+class SearchThread;
 
 constexpr uint32_t MaxGamePly = 1023;
+// The board's record stack holds the game and the deepest search line; a
+// game stops growing here so that a search always has room.
+constexpr uint32_t MaxBoardGamePly = 960;
 
 // The game and its search: board, move history, hash tables and threads.
-class ChessPlayer {
+class ChessPlayer : public SearchInterface {
  public:
   ChessPlayer(TimeControl* timeControl, EngineInterface* engine);
   ChessPlayer(const ChessPlayer&) = delete;
   ChessPlayer& operator=(const ChessPlayer&) = delete;
-  ~ChessPlayer();
+  ~ChessPlayer() override;
 
   // Makes the hash tables and the thread set match the settings.
   void setupSearch(bool recreate);
@@ -30,6 +42,40 @@ class ChessPlayer {
   bool reportGameEnd();
   void setCores(uint32_t cores);
 
+  // The work of every search thread each time it is woken.
+  static void think(uint32_t index, void* player);
+  // A legal move picked at random; false when there is none.
+  bool randomMove(Move& move);
+  // The legal move that the text names; the generated move keeps all its flags.
+  bool parseUserMove(const std::string& text, Move& move);
+  // Would playing `move` give a position where a draw can be claimed?
+  bool shouldOfferDraw(Move move);
+  // Records a move of the game and plays it on the game board. False, with
+  // nothing changed, when the history is full.
+  bool recordMove(Move move);
+  // True when there is room for another move in the game record.
+  bool gameHasRoom() const;
+  // Every piece has a list slot and a side is to move: moves can be generated and made.
+  bool hasSafeLists() const;
+  // A position that may be searched and played: one king each, no pawn on
+  // the first or last rank, and the side that has just moved not in check.
+  bool hasPlayablePosition() const;
+  // Main loop: wakes every search thread.
+  void startSearch();
+  // Thread 0 at the end of its think: stops the other threads and waits for them.
+  void stopWorkers();
+  // Waits until no thread is busy.
+  void waitForThreads();
+
+  // SearchInterface: the time check of thread 0 and the search output.
+  bool isTimeUp() override;
+  void reportLine(uint32_t depth, int32_t score, const PvLine& line) override;
+  void reportStatistics(uint32_t depth) override;
+  // Fills `totals` from all threads.
+  void collectStatistics();
+
+  SearchTotals totals;
+
   TimeControl* timeControl;
   std::unique_ptr<Board_0x88> board;
   uint32_t ply = 0;
@@ -39,20 +85,26 @@ class ChessPlayer {
   std::unique_ptr<TTHashTable> ttHash;
   uint32_t currentTTHashSizeMB = 0;
   uint32_t ttHashSizeMB = 256;
+  std::unique_ptr<PerftHashTable> perftHash;  // made by the first perft command
   uint32_t perftHashSizeMB = 64;
+  uint32_t currentPerftHashSizeMB = 0;  // as allocated
   std::unique_ptr<PawnHash> pawnHash;
   uint32_t currentPawnHashSizeMB = 0;
   uint32_t pawnHashSizeMB = 32;
   uint32_t gtbCacheSizeMB = 16;
   char gtbPath[256] = "C:/gtb";
   char bookFilePath[256] = "book.bin";
-  bool bookEnabled = true;
+  Relaxed<bool> bookEnabled = true;  // commands without the stop flag change these during a search
   bool outOfBook = false;
   Move ponderMove = 0;
-  bool randomGame = false;
-  bool post = true;
+  Relaxed<bool> randomGame = false;
+  Relaxed<bool> post = true;
   uint32_t maxCores;
   uint32_t requestedCores = 1;
   uint32_t currentCores = 0;
   EngineInterface* engine;
+  std::unique_ptr<TablebaseState> tablebases;
+  std::vector<std::unique_ptr<SearchThread>> threads;
+  // Plies of the game before which undo may not go: the last set-up position.
+  uint32_t setupPly = 0;
 };

@@ -48,10 +48,13 @@ void dispatchLine(WBEngine& engine, const char* line) {
 void runCommandLoop(WBEngine& engine, FILE* input) {
   char line[LineBufferSize];
   while (!engine.quitRequested) {
-    if (engine.boardChanged) engine.printBoard();
+    // While a search runs, its thread prints the board with its move.
+    if (engine.boardChanged && !engine.player.isSearching()) engine.printBoard();
     if (!engine.xboardMode) std::cout << "# Your move: " << std::flush;
     if (!std::fgets(line, LineBufferSize, input)) {
-      // End of input: let a running search end by its own limits, then stop.
+      // End of input: a search with a clock may end by its own limits; one
+      // without (analysis) would never end, so it is stopped.
+      if (!engine.timeControl.timed) engine.player.stopSearch();
       engine.shutdownThreads();
       engine.quitRequested = true;
       break;
@@ -61,5 +64,32 @@ void runCommandLoop(WBEngine& engine, FILE* input) {
     std::cout << std::flush;
     if (engine.quitRequested) break;
     if (engine.player.isSearching()) continue;
+    checkGameEnd(engine);
+    startSearchIfDue(engine);
   }
+}
+
+void checkGameEnd(WBEngine& engine) {
+  ChessPlayer& player = engine.player;
+  if (!engine.gameOver) {
+    engine.gameOver = player.reportGameEnd();
+    if (!engine.gameOver && player.hasPlayablePosition() && !player.gameHasRoom()) {
+      // The game record is full: end the game rather than write past it.
+      std::cout << "1/2-1/2 {Game too long}" << std::endl;
+      engine.gameOver = true;
+    }
+  }
+  if (engine.gameOver) {
+    engine.engineColor = 2;
+    engine.forceMode = true;
+  }
+}
+
+void startSearchIfDue(WBEngine& engine) {
+  ChessPlayer& player = engine.player;
+  if (engine.engineColor == 2 || player.board->sideToMove != engine.engineColor) return;
+  // A board left half-filled by a refused position is never searched.
+  if (!player.hasPlayablePosition()) return;
+  player.setupSearch(false);
+  player.startSearch();
 }

@@ -12,5 +12,10 @@ size_t trimLine(char* line);
 // and the error lines.
 void dispatchLine(WBEngine& engine, const char* line);
 
+// After a line, with no search running: notices the end of the game.
+void checkGameEnd(WBEngine& engine);
+// Starts the search threads when it is the engine's turn.
+void startSearchIfDue(WBEngine& engine);
+
 // Reads and runs lines until quit or the end of input.
 void runCommandLoop(WBEngine& engine, FILE* input);

@@ -1,7 +1,11 @@
 #pragma once
 
-// What the game side calls back into the protocol front end.
+#include "board/move.h"
+
+// What the search side calls back into the protocol front end.
 class EngineInterface {
  public:
   virtual ~EngineInterface() = default;
+  // Plays and announces the move that the engine has decided on.
+  virtual void makeEngineMove(Move& move) = 0;
 };

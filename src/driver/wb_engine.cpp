@@ -3,6 +3,8 @@
 #include <iostream>
 
 #include "board/fen.h"
+#include "diagnostics/perft.h"
+#include "diagnostics/self_test.h"
 
 WBEngine::WBEngine() : player(&timeControl, this) {}
 
@@ -36,60 +38,35 @@ bool WBEngine::cmdXboard(const Arguments&) {
   return true;
 }
 
-bool WBEngine::cmdSetboard(const Arguments& args) {
-  bool accepted = setPositionFromWords(*player.board, args);
-  // A refused text leaves no playable position: the engine must not move on it.
-  if (analyzeMode) {
-    engineColor = player.board->sideToMove;
-  } else {
-    engineColor = 2;
-    forceMode = true;
-  }
-  gameOver = false;
-  boardChanged = true;
-  return accepted;
-}
-
-bool WBEngine::cmdAuto(const Arguments& args) {
-  if (!args.empty()) return false;
-  engineColor = player.board->sideToMove;
-  forceMode = false;
-  analyzeMode = false;
-  autoMode = true;
-  return true;
-}
-
 bool WBEngine::cmdTune(const Arguments&) { return true; }
 
 // Commands whose work arrives with later parts of the engine: matched and
 // checked by the loop, they succeed without effect for now.
-bool WBEngine::cmdProtover(const Arguments&) { return true; }
-bool WBEngine::cmdNew(const Arguments&) { return true; }
-bool WBEngine::cmdForce(const Arguments&) { return true; }
-bool WBEngine::cmdPing(const Arguments&) { return true; }
-bool WBEngine::cmdUsermove(const Arguments&) { return true; }
-bool WBEngine::cmdGo(const Arguments&) { return true; }
-bool WBEngine::cmdPlayother(const Arguments&) { return true; }
-bool WBEngine::cmdLevel(const Arguments&) { return true; }
-bool WBEngine::cmdSd(const Arguments&) { return true; }
-bool WBEngine::cmdTime(const Arguments&) { return true; }
-bool WBEngine::cmdUndo(const Arguments&) { return true; }
-bool WBEngine::cmdRemove(const Arguments&) { return true; }
-bool WBEngine::cmdAnalyze(const Arguments&) { return true; }
-bool WBEngine::cmdExit(const Arguments&) { return true; }
-bool WBEngine::cmdPost(const Arguments&) { return true; }
-bool WBEngine::cmdNopost(const Arguments&) { return true; }
-bool WBEngine::cmdCores(const Arguments&) { return true; }
+bool WBEngine::cmdLevel(const Arguments& args) {
+  return args.size() == 3 && timeControl.setLevel(args[0], args[1], args[2]);
+}
+bool WBEngine::cmdSd(const Arguments& args) { return args.size() == 1 && timeControl.setDepth(args[0]); }
+bool WBEngine::cmdTime(const Arguments& args) {
+  if (args.size() != 1) return false;
+  timeControl.setRemaining(player.ply, args[0]);
+  return true;
+}
 bool WBEngine::cmdEgtpath(const Arguments&) { return true; }
 bool WBEngine::cmdOption(const Arguments&) { return true; }
 bool WBEngine::cmdBook(const Arguments&) { return true; }
 bool WBEngine::cmdNobook(const Arguments&) { return true; }
-bool WBEngine::cmdPerft(const Arguments&) { return true; }
-bool WBEngine::cmdDivide(const Arguments&) { return true; }
-bool WBEngine::cmdSelftest(const Arguments&) { return true; }
 bool WBEngine::cmdTest(const Arguments&) { return true; }
 bool WBEngine::cmdEval(const Arguments&) { return true; }
 bool WBEngine::cmdRandpos(const Arguments&) { return true; }
-bool WBEngine::cmdRandgame(const Arguments&) { return true; }
-bool WBEngine::cmdNorandgame(const Arguments&) { return true; }
 bool WBEngine::cmdRandgames(const Arguments&) { return true; }
+
+bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(player, args); }
+
+bool WBEngine::cmdDivide(const Arguments& args) { return runDivideCommand(player, args); }
+
+bool WBEngine::cmdSelftest(const Arguments&) {
+  runSelfTests(player);
+  // The rows leave their own position behind; the game starts afresh.
+  newGame();
+  return true;
+}

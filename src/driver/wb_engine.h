@@ -5,6 +5,7 @@
 
 #include "driver/chess_player.h"
 #include "driver/engine_interface.h"
+#include "driver/relaxed.h"
 #include "driver/time_control.h"
 
 using Arguments = std::vector<std::string>;
@@ -54,6 +55,11 @@ class WBEngine : public EngineInterface {
   bool cmdNorandgame(const Arguments& args);
   bool cmdRandgames(const Arguments& args);
 
+  void makeEngineMove(Move& move) override;
+
+  // What `new` does: a fresh game from the start position.
+  void newGame();
+
   // The shutdown of quit and of the end of input: every thread idle, then exit.
   void shutdownThreads();
 
@@ -62,7 +68,8 @@ class WBEngine : public EngineInterface {
   uint32_t engineColor = 2;
   bool gameOver = false;
   bool forceMode = false;
-  bool boardChanged = true;
+  // Written by the search thread that plays a move, read by the main loop.
+  Relaxed<bool> boardChanged = true;
   bool xboardMode = false;
   bool analyzeMode = false;
   bool autoMode = false;

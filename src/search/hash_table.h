@@ -23,10 +23,7 @@ class HashTable {
   // Takes the largest power of two of bytes that doesn't exceed the request,
   // allocates it zeroed and prints the size line. Returns the size in MB.
   uint64_t sizeFor(uint64_t requestedMB) {
-    uint64_t bytes = (requestedMB < maxRequestMB ? requestedMB : maxRequestMB) << 20;
-    uint64_t count = 1;
-    if (bytes >= 2 * bucketBytes)
-      while (count * 2 * bucketBytes <= bytes) count *= 2;
+    uint64_t count = bucketCountFor(requestedMB);
     std::free(storage_);
     storage_ = nullptr;
     buckets = nullptr;
@@ -39,6 +36,16 @@ class HashTable {
     uint64_t sizeMB = (count * bucketBytes) >> 20;
     std::cout << "# new size of " << name_ << ": " << sizeMB << " MB" << std::endl;
     return sizeMB;
+  }
+
+  // Buckets of a table of requestedMB, the request cut to maxRequestMB first:
+  // the largest power of two of bytes that doesn't exceed it, at least one.
+  static uint64_t bucketCountFor(uint64_t requestedMB) {
+    uint64_t bytes = (requestedMB < maxRequestMB ? requestedMB : maxRequestMB) << 20;
+    uint64_t count = 1;
+    if (bytes >= 2 * bucketBytes)
+      while (count * 2 * bucketBytes <= bytes) count *= 2;
+    return count;
   }
 
   void clear() {

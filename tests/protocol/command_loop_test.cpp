@@ -35,7 +35,7 @@ TEST(StartupTest, EndOfInputExitsWithStatusZero) {
 }
 
 TEST(StartupTest, PromptOnlyOutsideXboardMode) {
-  EngineRun run = runEngine("\nxboard\n\nnew\nquit\n");
+  EngineRun run = runEngine("\nxboard\n\nforce\nquit\n");
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_EQ(run.output, expectedStartup() + prompt + prompt + "\n");
 }
@@ -94,8 +94,8 @@ TEST(CommandLoopTest, ArgumentCountErrors) {
 }
 
 TEST(CommandLoopTest, HandlerFailureGivesOnlyTheLoopLine) {
-  EngineRun run = runEngine("auto 1\nauto\nquit\n");
-  EXPECT_EQ(run.output, expectedStartup() + prompt + commandError("auto 1") + prompt + prompt);
+  EngineRun run = runEngine("auto 1\nquit\n");
+  EXPECT_EQ(run.output, expectedStartup() + prompt + commandError("auto 1") + prompt);
 }
 
 TEST(CommandLoopTest, UnknownWordsAndEmptyLinesAreDropped) {
@@ -153,7 +153,8 @@ TEST(CommandLoopTest, SetboardShowsThePositionAndSurvivesARefusal) {
   std::string expected = expectedStartup() + prompt + kr + prompt;
   expected += commandError("setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0") + kr + prompt;
   expected += commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + halfway + prompt;
-  expected += kings + prompt;
+  // Two bare kings: the game is over as soon as the position stands.
+  expected += "1/2-1/2 {Draw by insufficient material}\n" + kings + prompt;
   EXPECT_EQ(run.output, expected);
 }
 

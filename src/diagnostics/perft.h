@@ -1,0 +1,107 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "board/attacks.h"
+#include "board/board.h"
+#include "board/check_info.h"
+#include "board/make_move.h"
+#include "board/move.h"
+#include "diagnostics/perft_entry.h"
+#include "search/move_selector.h"
+
+class ChessPlayer;
+
+// Counters of one perft or divide run.
+struct PerftStats {
+  uint64_t nodes = 0;     // calls of perftNode and of the divide root
+  uint64_t hashHits = 0;  // probes that returned a stored count
+};
+
+// Same key: overwrite whatever the depth; else the first free entry; else the
+// entry of least depth, the lowest slot among equals.
+void perftHashStore(PerftHashTable& table, uint64_t key, uint64_t count, uint32_t depth);
+
+// Empties the player's table, creating it (with its size line) on first use.
+void preparePerftHash(ChessPlayer& player);
+
+// Share of used entries in the first 16384 buckets, in percent of 65536.
+double perftHashFill(const PerftHashTable& table);
+
+// Leaves below the position on `board` at `depth` (at least 1). `color` moves,
+// `inCheck` tells whether its king is attacked, and `checkInfo` holds the
+// checkers. A null table counts without probing or storing.
+template <Color C, bool InCheck>
+uint64_t perftNode(PerftStats& stats, Board_0x88& board, const CheckInfo& checkInfo, PerftHashTable* perftHash,
+                   uint32_t depth);
+
+// Plays one move, counts below it and takes it back.
+template <Color C>
+inline uint64_t perftChild(PerftStats& stats, Board_0x88& board, Move move, PerftHashTable* perftHash,
+                           uint32_t depth) {
+  constexpr Color Them = opponent(C);
+  UndoRecord undo{};
+  CheckInfo childCheck{};
+  makePerftMove<C>(board, move, undo);
+  uint64_t count = findCheck<Them>(board, board.side[Them].square[0], childCheck)
+                       ? perftNode<Them, true>(stats, board, childCheck, perftHash, depth)
+                       : perftNode<Them, false>(stats, board, childCheck, perftHash, depth);
+  unmakePerftMove<C>(board, move, undo);
+  return count;
+}
+
+template <Color C, bool InCheck>
+uint64_t perftNode(PerftStats& stats, Board_0x88& board, const CheckInfo& checkInfo, PerftHashTable* perftHash,
+                   uint32_t depth) {
+  ++stats.nodes;
+  auto next = [](MoveSelector& selector) {
+    if constexpr (InCheck)
+      return selector.template nextEvasion<C>();
+    else
+      return selector.template nextMove<C>();
+  };
+
+  // The generators are legal, so the last ply costs one generation and no make.
+  if (depth == 1) {
+    MoveSelector selector(InCheck ? 1 : 0, &board, checkInfo, NoMove);
+    next(selector);
+    return selector.moves.count;
+  }
+
+  // The probe comes before the selector, whose set-up a hit doesn't need.
+  const uint64_t key = board.history[board.ply].hashKey;
+  if (perftHash) {
+    const PerftHashTable::Bucket& bucket = perftHash->bucketFor(key);
+    for (const PerftEntry& entry : bucket.entries) {
+      if (perftEntryKey(entry) != (key & PerftKeyMask)) continue;
+      if (entry.depth == depth) {
+        ++stats.hashHits;
+        return entry.count;
+      }
+      break;  // the same position stored at another depth: a miss
+    }
+  }
+
+  MoveSelector selector(InCheck ? 1 : 0, &board, checkInfo, NoMove);
+  uint64_t total = 0;
+  while (const ScoredMove* sm = next(selector)) total += perftChild<C>(stats, board, sm->move, perftHash, depth - 1);
+
+  if (perftHash) perftHashStore(*perftHash, key, total, depth);
+  return total;
+}
+
+// The root of divide: one line "move count" per root move, in generation order.
+template <Color C, bool InCheck>
+uint64_t divideRoot(PerftStats& stats, Board_0x88& board, const CheckInfo& checkInfo, PerftHashTable* perftHash,
+                    uint32_t depth);
+
+// Finds whether the side to move is in check and runs the fitting instance of
+// perftNode (or divideRoot) on the position. A board without a side to move
+// (cleared by a refused FEN) counts 0 and no node.
+uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth, bool divide);
+
+// The perft and divide commands on the player's board: false when the depth is
+// below 1. Prints the report.
+bool runPerftCommand(ChessPlayer& player, const std::vector<std::string>& args);
+bool runDivideCommand(ChessPlayer& player, const std::vector<std::string>& args);

@@ -1,0 +1,33 @@
+#include <iostream>
+
+#include "board/draw_rules.h"
+#include "board/move_generation.h"
+#include "driver/chess_player.h"
+
+bool ChessPlayer::reportGameEnd() {
+  // A board left behind by a refused position has no game to judge.
+  if (!hasPlayablePosition()) return false;
+
+  MoveList moves;
+  bool inCheck = false;
+  generateLegalMoves(*board, moves, inCheck);
+  bool over = false;
+  if (moves.count == 0) {
+    if (inCheck)
+      std::cout << (board->sideToMove == Black ? "1-0 {White wins by checkmate}" : "0-1 {Black wins by checkmate}")
+                << '\n';
+    else
+      std::cout << "1/2-1/2 {Stalemate}\n";
+    over = true;
+  } else {
+    // Fifty moves and repetition are claims for the host to make; the game goes on.
+    GameEndReason reason = ReasonNone;
+    isDrawByRule(*board, reason);
+    if (reason == ReasonInsufficientMaterial) {
+      std::cout << "1/2-1/2 {Draw by insufficient material}\n";
+      over = true;
+    }
+  }
+  std::cout.flush();
+  return over;
+}

@@ -1,0 +1,35 @@
+#pragma once
+#include <cstdint>
+
+#include "board/board.h"
+#include "eval/material.h"
+#include "search/pawn_hash.h"
+
+// Everything positional together is held within this many centipawns; the
+// lazy exit rests on it.
+constexpr int PositionalLimit = 200;
+
+// A pawnless position whose tapered material edge reaches this goes to the mate branch.
+constexpr int MateBranchMaterial = 175;
+
+// The window a caller passes when it wants the exact score, no lazy bound.
+constexpr int32_t FullWindowAlpha = -32000;
+constexpr int32_t FullWindowBeta = 32000;
+
+constexpr int clampPositional(int pos) {
+  return pos > PositionalLimit ? PositionalLimit : pos < -PositionalLimit ? -PositionalLimit : pos;
+}
+
+// Applies a percent scale factor, rounding toward zero.
+constexpr int applyScaleFactor(int score, int scaleFactor) { return score * scaleFactor / 100; }
+
+constexpr bool takesMateBranch(const MaterialInfo& info, int taperedMaterial) {
+  bool noPawns = signatureField(info.signature[White], SigPawns) == 0 &&
+                 signatureField(info.signature[Black], SigPawns) == 0;
+  return noPawns && (taperedMaterial >= MateBranchMaterial || taperedMaterial <= -MateBranchMaterial);
+}
+
+// Static score of the position in centipawns from the side to move's view.
+// Outside [alpha, beta] it may return a bound just beyond the window instead.
+// Leaves the board as it was; may read and overwrite one pawn hash entry.
+int32_t evaluate(Board_0x88& board, PawnHash& pawnHash, int32_t alpha, int32_t beta);

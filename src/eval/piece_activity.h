@@ -1,0 +1,10 @@
+#pragma once
+
+#include "board/board.h"
+#include "board/score_pair.h"
+#include "eval/pawn_structure.h"
+
+// Mobility and file terms of one piece of side C on sq; type is read from the
+// board by the caller, since a promoted piece sits in a pawn slot.
+template <Color C>
+ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, const PawnInfo& pawns);

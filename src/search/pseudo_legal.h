@@ -1,0 +1,124 @@
+#pragma once
+#include <cstdint>
+
+#include "board/attacks.h"
+#include "board/board.h"
+#include "board/move.h"
+
+// Whether a move taken from elsewhere (a killer, a table entry that may come
+// from another position with a colliding key) is one that side C could
+// generate here, pins and checks aside. It accepts only the exact encoding a
+// generator produces, so an accepted move can be made as it is; the caller
+// still owes the legality test.
+
+namespace pseudo_legal_detail {
+
+template <Color C>
+struct Geometry {
+  static constexpr Color Them = opponent(C);
+  static constexpr int push = C == White ? 16 : -16;
+  static constexpr int capture1 = C == White ? 15 : -15;
+  static constexpr int capture2 = C == White ? 17 : -17;
+  static constexpr int doubleStepRank = C == White ? 1 : 6;
+  static constexpr int promotionSourceRank = C == White ? 6 : 1;
+  static constexpr Square kingHome = C == White ? 4 : 116;
+  static constexpr uint8_t kingSideRight = C == White ? CastleWK : CastleBK;
+  static constexpr uint8_t queenSideRight = C == White ? CastleWQ : CastleBQ;
+  static constexpr unsigned kingSideDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  static constexpr unsigned queenSideDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
+};
+
+inline bool isEmpty(const Board_0x88& b, int sq) { return b.color[sq] == NoColor; }
+
+// A single pawn step onto an empty square, or a diagonal step onto an enemy piece.
+template <Color C>
+inline bool pawnReaches(const Board_0x88& b, Square from, Square to) {
+  using G = Geometry<C>;
+  if (to == uint8_t(from + G::push)) return isEmpty(b, to);
+  if (to == uint8_t(from + G::capture1) || to == uint8_t(from + G::capture2)) return b.color[to] == G::Them;
+  return false;
+}
+
+// Knight, king or slider geometry; a slider needs every square between empty.
+inline bool pieceReaches(const Board_0x88& b, int piece, Square from, Square to) {
+  const int dr = rankOf(to) - rankOf(from);
+  const int df = fileOf(to) - fileOf(from);
+  const int adr = dr < 0 ? -dr : dr;
+  const int adf = df < 0 ? -df : df;
+  const bool diagonal = adr == adf;
+  const bool straight = dr == 0 || df == 0;
+  switch (piece) {
+    case Knight: return (adr == 1 && adf == 2) || (adr == 2 && adf == 1);
+    case King: return adr <= 1 && adf <= 1;
+    case Bishop: if (!diagonal) return false; break;
+    case Rook: if (!straight) return false; break;
+    case Queen: if (!diagonal && !straight) return false; break;
+    default: return false;
+  }
+  const int step = ((dr > 0) - (dr < 0)) * 16 + ((df > 0) - (df < 0));
+  for (int sq = from + step; sq != to; sq += step)
+    if (!isEmpty(b, sq)) return false;
+  return true;
+}
+
+// Castling as the generator builds it: right set, squares between empty, king
+// not in check and the passed square not attacked. The destination is left to
+// the legality trial, as for every king move.
+template <Color C>
+inline bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
+  using G = Geometry<C>;
+  constexpr Square e = G::kingHome;
+  if (from != e || b.piece[e] != King) return false;
+  CheckInfo scratch;
+  if (detail == G::kingSideDetail) {
+    if (to != e + 2 || !(b.castlingRights & G::kingSideRight)) return false;
+    if (!isEmpty(b, e + 1) || !isEmpty(b, e + 2)) return false;
+    return !isAttackedBy<G::Them>(b, Square(e + 1), scratch) && !isAttackedBy<G::Them>(b, e, scratch);
+  }
+  if (detail == G::queenSideDetail) {
+    if (to != e - 2 || !(b.castlingRights & G::queenSideRight)) return false;
+    if (!isEmpty(b, e - 1) || !isEmpty(b, e - 2) || !isEmpty(b, e - 3)) return false;
+    return !isAttackedBy<G::Them>(b, Square(e - 1), scratch) && !isAttackedBy<G::Them>(b, e, scratch);
+  }
+  return false;
+}
+
+}  // namespace pseudo_legal_detail
+
+template <Color C>
+inline bool isPseudoLegal(const Board_0x88& b, Move m) {
+  using namespace pseudo_legal_detail;
+  using G = Geometry<C>;
+  if (m == NoMove) return false;
+  const Square from = moveFromSquare(m);
+  const Square to = moveToSquare(m);
+  if (b.color[from] != C || b.color[to] == C) return false;
+  const int piece = b.piece[from];
+  const unsigned detail = moveDetail(m);
+
+  switch (moveKind(m)) {
+    case MovePromotion:
+      return piece == Pawn && rankOf(from) == G::promotionSourceRank && pawnReaches<C>(b, from, to);
+    case MoveCastling:
+      return castlingPossible<C>(b, from, to, detail);
+    case MoveEnPassant: {
+      if (detail != 0 || b.epSquare == NoSquare || to != b.epSquare || piece != Pawn || !isEmpty(b, to)) return false;
+      if (from != uint8_t(to - G::capture1) && from != uint8_t(to - G::capture2)) return false;
+      const int behind = uint8_t(to - G::push);
+      return b.piece[behind] == Pawn && b.color[behind] == G::Them;
+    }
+    default:
+      break;
+  }
+
+  if (piece == Pawn) {
+    if (detail == DetailDoubleStep) {
+      const int over = uint8_t(from + G::push);
+      return rankOf(from) == G::doubleStepRank && to == uint8_t(over + G::push) && isEmpty(b, over) &&
+             isEmpty(b, to);
+    }
+    // A pawn that reaches the last rank must carry the promotion.
+    return detail == 0 && rankOf(from) != G::promotionSourceRank && pawnReaches<C>(b, from, to);
+  }
+  return detail == 0 && pieceReaches(b, piece, from, to);
+}

@@ -1,0 +1,386 @@
+// The interior of the tree: principal-variation search with pruning,
+// reductions and extensions, per side to move.
+#include "board/attacks.h"
+#include "board/draw_rules.h"
+#include "board/make_move.h"
+#include "search/killer_moves.h"
+#include "search/move_ordering.h"
+#include "search/move_selector.h"
+#include "search/search_helpers.h"
+#include "search/transposition_table.h"
+#include "tablebase/search_probe.h"
+
+namespace {
+
+constexpr int32_t razorMargin[4] = {0, 232, 264, 296};
+constexpr int32_t futilityMargin[6] = {0, 80, 160, 240, 320, 400};
+
+// Score of a tablebase value r for the side to move, counted from the root.
+inline int32_t tablebaseScore(int32_t r, uint32_t ply) {
+  if (r == 0) return 0;
+  return r > 0 ? r - int32_t(ply) : r + int32_t(ply);
+}
+
+}  // namespace
+
+template <Color C>
+int32_t SearchThread::searchMove(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, uint32_t moveCounter,
+                                 PvLine& childLine) {
+  constexpr Color Them = opponent(C);
+  if (depth == 0) return -searchQuiescence<Them>(-beta, -alpha, ply, childLine);
+  if (moveCounter != 1) {
+    int32_t s = searchNode<Them>(-alpha - 1, -alpha, ply, depth, childLine);
+    if (alpha + 1 == beta || -s <= alpha) return -s;
+  }
+  return -searchNode<Them>(-beta, -alpha, ply, depth, childLine);
+}
+
+template <Color C>
+int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, PvLine& line) {
+  constexpr Color Them = opponent(C);
+  Board_0x88& b = board;
+
+  CheckInfo checkInfo;
+  if (findCheck<C>(b, b.side[C].square[0], checkInfo))
+    return searchInCheck<C>(checkInfo, alpha, beta, ply, depth + 1, line);
+
+  ++stats.nodes;
+  stats.selDepth.raiseTo(ply);
+  if (timeCheck<C>()) return StopScore;
+  GameEndReason reason;
+  if (isDrawByRule(b, reason)) return 0;
+  // The record stack is nearly used up: stop descending here.
+  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
+
+  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
+  alpha = maxScore(alpha, lowest - 1);
+  beta = minScore(beta, highest + 1);
+  if (alpha >= beta) {
+    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
+    return alpha;
+  }
+
+  Move ttMove = NoMove;
+  int32_t ttScore = NoScore;
+  bool hit = false;
+  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
+  if (hit) ++stats.ttHashHits;
+  if (ttCut) {
+    if (ttMove) {
+      line.moves[0] = ttMove;
+      line.length = 1;
+    }
+    return ttScore;
+  }
+
+  int32_t tbValue;
+  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
+    ++stats.tbHits;
+    return tablebaseScore(tbValue, ply);
+  }
+
+  const int32_t eval = nodeEval<C>(alpha, beta);
+  const bool nullWindow = alpha + 1 == beta;
+
+  if (depth <= 3 && nullWindow && !ttMove && alpha >= -20001 && alpha <= 19999) {
+    int32_t t = alpha - razorMargin[depth];
+    if (eval <= t) {
+      PvLine scratch;
+      int32_t q = searchQuiescence<C>(t, t + 1, ply, scratch);
+      if (stopRequested()) return StopScore;
+      if (q <= t) return q;
+    }
+  }
+
+  if (depth <= 5) {
+    int32_t f = eval - futilityMargin[depth];
+    if (f >= beta) {
+      store(lowest, highest, alpha, beta, ply, depth, f, NoMove);
+      return eval;
+    }
+  }
+
+  if (depth >= 2 && nullWindow && eval >= beta &&
+      !(ply >= 2 && b.history[b.ply - 1].movePlayed == NoMove && b.history[b.ply - 2].movePlayed == NoMove) &&
+      b.side[C].total - b.side[C].count[Pawn] > 1) {
+    UndoRecord nullUndo;
+    makeNullMove(b, nullUndo);
+    int32_t reduction = 4 + int32_t(depth / 4 < 3 ? depth / 4 : 3);
+    int32_t newDepth = int32_t(depth) - reduction;
+    PvLine scratch;
+    int32_t s = newDepth > 0 ? -searchNode<Them>(-beta, 1 - beta, ply + 1, uint32_t(newDepth), scratch)
+                             : -searchQuiescence<Them>(-beta, 1 - beta, ply + 1, scratch);
+    unmakeNullMove(b, nullUndo);
+    if (stopRequested()) return StopScore;
+    if (s >= beta) {
+      if (s >= 20001) s = beta;
+      store(lowest, highest, alpha, beta, ply, depth, s, NoMove);
+      return s;
+    }
+  }
+
+  if (!ttMove && depth > 4) {
+    PvLine scratch;
+    searchNode<C>(alpha, beta, ply, depth - 4, scratch);
+    if (stopRequested()) return StopScore;
+    if (!scratch.empty()) {
+      ttMove = scratch.first();
+      ttScore = NoScore;
+    }
+  }
+
+  if (ply < 8) {
+    MoveSelector all(0, &b, checkInfo, NoMove);
+    all.nextMove<C>();
+    if (all.moves.count == 1) ++depth;
+  }
+
+  MoveSelector selector(3, &b, checkInfo, NoMove);
+  if (!line.empty()) selector.pvMove.move = line.first();
+  selector.ttMove.move = ttMove;
+  ScoredMove* next = selector.nextMove<C>();
+  if (!next) return 0;  // stalemate: this node is not in check
+
+  int32_t best = NoScore;
+  uint32_t moveCounter = 0;
+  PvLine child;
+  UndoRecord undo;
+  for (; next; next = selector.nextMove<C>()) {
+    const Move m = next->move;
+    uint32_t moveDepth = depth;
+    if (depth >= 6 && ttMove && sameMove(m, ttMove) && ttScore != NoScore) {
+      ++stats.singularExtAttempts;
+      int32_t singularBeta = maxScore(ttScore - 2 * int32_t(depth), NoScore);
+      int32_t r = searchExcluding<C>(m, singularBeta - 1, singularBeta, ply, depth / 2);
+      if (stopRequested()) return StopScore;
+      if (r < singularBeta) {
+        ++stats.singularExtensions;
+        moveDepth = depth + 1;
+      }
+    }
+    child.clear();
+    if (line.length > 1 && sameMove(m, line.moves[0])) child.assignTail(line);
+    const bool quiet = isQuietForReduction<C>(b, m);
+    b.history[b.ply].movePlayed = m;
+    ++moveCounter;
+    makeMove<C>(b, m, undo);
+    const int32_t a = maxScore(alpha, best);
+    int32_t s;
+    if (moveDepth >= 3 && moveCounter >= 2 && quiet) {
+      s = searchMove<C>(a, beta, ply + 1, moveDepth - 2, moveCounter, child);
+      if (s > a && !stopRequested()) s = searchMove<C>(a, beta, ply + 1, moveDepth - 1, moveCounter, child);
+    } else {
+      s = searchMove<C>(a, beta, ply + 1, moveDepth - 1, moveCounter, child);
+    }
+    unmakeMove<C>(b, m, undo);
+    if (stopRequested()) return StopScore;
+    if (s >= beta) {
+      ++stats.cutoffs;
+      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
+      updateKiller(b, m);
+      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
+      store(lowest, highest, alpha, beta, ply, moveDepth, s, m);
+      return s;
+    }
+    if (s > best) {
+      best = s;
+      if (best > alpha) line.assign(m, child);
+    }
+  }
+  store(lowest, highest, alpha, beta, ply, depth, best, line.first());
+  return best;
+}
+
+template <Color C>
+int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth) {
+  Board_0x88& b = board;
+  CheckInfo checkInfo;  // the singular test runs only outside check
+
+  ++stats.nodes;
+  stats.selDepth.raiseTo(ply);
+  if (timeCheck<C>()) return StopScore;
+  GameEndReason reason;
+  if (isDrawByRule(b, reason)) return 0;
+  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
+
+  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
+  alpha = maxScore(alpha, lowest - 1);
+  beta = minScore(beta, highest + 1);
+  if (alpha >= beta) {
+    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
+    return alpha;
+  }
+
+  Move ttMove = NoMove;
+  int32_t ttScore = NoScore;
+  bool hit = false;
+  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
+  if (hit) ++stats.ttHashHits;
+  if (ttCut) return ttScore;
+
+  int32_t tbValue;
+  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
+    ++stats.tbHits;
+    return tablebaseScore(tbValue, ply);
+  }
+
+  const int32_t eval = nodeEval<C>(alpha, beta);
+  const bool nullWindow = alpha + 1 == beta;
+  if (depth <= 3 && nullWindow && !ttMove && alpha >= -20001 && alpha <= 19999) {
+    int32_t t = alpha - razorMargin[depth];
+    if (eval <= t) {
+      PvLine scratch;
+      int32_t q = searchQuiescence<C>(t, t + 1, ply, scratch);
+      if (stopRequested()) return StopScore;
+      if (q <= t) return q;
+    }
+  }
+  if (depth <= 5) {
+    int32_t f = eval - futilityMargin[depth];
+    if (f >= beta) {
+      store(lowest, highest, alpha, beta, ply, depth, f, NoMove);
+      return eval;
+    }
+  }
+
+  if (!ttMove && depth > 4) {
+    PvLine scratch;
+    searchNode<C>(alpha, beta, ply, depth - 4, scratch);
+    if (stopRequested()) return StopScore;
+    if (!scratch.empty()) ttMove = scratch.first();
+  }
+
+  if (ply < 8) {
+    MoveSelector all(0, &b, checkInfo, NoMove);
+    all.nextMove<C>();
+    if (all.moves.count == 1) ++depth;
+  }
+
+  MoveSelector selector(3, &b, checkInfo, NoMove);
+  selector.ttMove.move = ttMove;
+  int32_t best = NoScore;
+  uint32_t moveCounter = 0;
+  PvLine child;
+  UndoRecord undo;
+  for (ScoredMove* next = selector.nextMove<C>(); next; next = selector.nextMove<C>()) {
+    const Move m = next->move;
+    if (sameMove(m, excluded)) continue;
+    child.clear();
+    const bool quiet = isQuietForReduction<C>(b, m);
+    b.history[b.ply].movePlayed = m;
+    ++moveCounter;
+    makeMove<C>(b, m, undo);
+    const int32_t a = maxScore(alpha, best);
+    int32_t s;
+    if (moveCounter >= 2 && quiet) {
+      s = searchMove<C>(a, beta, ply + 1, depth - 2, moveCounter, child);
+      if (s > a && !stopRequested()) s = searchMove<C>(a, beta, ply + 1, depth - 1, moveCounter, child);
+    } else {
+      s = searchMove<C>(a, beta, ply + 1, depth - 1, moveCounter, child);
+    }
+    unmakeMove<C>(b, m, undo);
+    if (stopRequested()) return StopScore;
+    if (s >= beta) {
+      ++stats.cutoffs;
+      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
+      updateKiller(b, m);
+      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
+      return s;
+    }
+    if (s > best) best = s;
+  }
+  return best;
+}
+
+template <Color C>
+int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, int32_t beta, uint32_t ply,
+                                    uint32_t depth, PvLine& line) {
+  Board_0x88& b = board;
+  ++stats.nodes;
+  stats.selDepth.raiseTo(ply);
+  if (timeCheck<C>()) return StopScore;
+  GameEndReason reason;
+  if (isDrawByRule(b, reason)) return 0;
+  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
+
+  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
+  alpha = maxScore(alpha, lowest - 1);
+  beta = minScore(beta, highest + 1);
+  if (alpha >= beta) {
+    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
+    return alpha;
+  }
+
+  Move ttMove = NoMove;
+  int32_t ttScore = NoScore;
+  bool hit = false;
+  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
+  if (hit) ++stats.ttHashHits;
+  if (ttCut) {
+    if (ttMove) {
+      line.moves[0] = ttMove;
+      line.length = 1;
+    }
+    return ttScore;
+  }
+
+  int32_t tbValue;
+  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
+    ++stats.tbHits;
+    return tablebaseScore(tbValue, ply);
+  }
+
+  if (!ttMove && depth > 4) {
+    PvLine scratch;
+    searchInCheck<C>(checkInfo, alpha, beta, ply, depth - 4, scratch);
+    if (stopRequested()) return StopScore;
+    if (!scratch.empty()) ttMove = scratch.first();
+  }
+
+  MoveSelector selector(2, &b, checkInfo, NoMove);
+  if (!line.empty()) selector.pvMove.move = line.first();
+  selector.ttMove.move = ttMove;
+  ScoredMove* next = selector.nextEvasion<C>();
+  if (!next) return int32_t(ply) - MateScore;  // mated
+
+  int32_t best = NoScore;
+  uint32_t moveCounter = 0;
+  PvLine child;
+  UndoRecord undo;
+  for (; next; next = selector.nextEvasion<C>()) {
+    const Move m = next->move;
+    child.clear();
+    if (line.length > 1 && sameMove(m, line.moves[0])) child.assignTail(line);
+    b.history[b.ply].movePlayed = m;
+    ++moveCounter;
+    makeMove<C>(b, m, undo);
+    int32_t s = searchMove<C>(maxScore(alpha, best), beta, ply + 1, depth - 1, moveCounter, child);
+    unmakeMove<C>(b, m, undo);
+    if (stopRequested()) return StopScore;
+    if (s >= beta) {
+      ++stats.cutoffs;
+      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
+      updateKiller(b, m);
+      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
+      store(lowest, highest, alpha, beta, ply, depth, s, m);
+      return s;
+    }
+    if (s > best) {
+      best = s;
+      if (best > alpha) line.assign(m, child);
+    }
+  }
+  store(lowest, highest, alpha, beta, ply, depth, best, line.first());
+  return best;
+}
+
+template int32_t SearchThread::searchMove<White>(int32_t, int32_t, uint32_t, uint32_t, uint32_t, PvLine&);
+template int32_t SearchThread::searchMove<Black>(int32_t, int32_t, uint32_t, uint32_t, uint32_t, PvLine&);
+template int32_t SearchThread::searchNode<White>(int32_t, int32_t, uint32_t, uint32_t, PvLine&);
+template int32_t SearchThread::searchNode<Black>(int32_t, int32_t, uint32_t, uint32_t, PvLine&);
+template int32_t SearchThread::searchExcluding<White>(Move, int32_t, int32_t, uint32_t, uint32_t);
+template int32_t SearchThread::searchExcluding<Black>(Move, int32_t, int32_t, uint32_t, uint32_t);
+template int32_t SearchThread::searchInCheck<White>(const CheckInfo&, int32_t, int32_t, uint32_t, uint32_t,
+                                                    PvLine&);
+template int32_t SearchThread::searchInCheck<Black>(const CheckInfo&, int32_t, int32_t, uint32_t, uint32_t,
+                                                    PvLine&);
