@@ -36,6 +36,85 @@ int32_t SearchThread::searchMove(int32_t alpha, int32_t beta, uint32_t ply, uint
 }
 
 template <Color C>
+bool SearchThread::openNode(NodeStart& node, uint32_t ply, uint32_t depth, PvLine* line, bool prune,
+                            int32_t& result) {
+  Board_0x88& b = board;
+  ++stats.nodes;
+  stats.selDepth.raiseTo(ply);
+  if (timeCheck<C>()) {
+    result = StopScore;
+    return true;
+  }
+  GameEndReason reason;
+  if (isDrawByRule(b, reason)) {
+    result = 0;
+    return true;
+  }
+  // The record stack is nearly used up: stop descending here.
+  if (b.ply >= lastUsableRecord) {
+    result = nodeEval<C>(node.alpha, node.beta);
+    return true;
+  }
+
+  node.lowest = lowestScoreAt<C>(ply);
+  node.highest = highestScoreAt<C>(ply);
+  node.alpha = maxScore(node.alpha, node.lowest - 1);
+  node.beta = minScore(node.beta, node.highest + 1);
+  if (node.alpha >= node.beta) {
+    store(node.lowest, node.highest, node.alpha, node.beta, ply, depth, node.alpha, NoMove);
+    result = node.alpha;
+    return true;
+  }
+
+  bool hit = false;
+  bool ttCut = ttProbe(*ttHash, b, node.alpha, node.beta, ply, depth, node.ttScore, node.ttMove, hit);
+  if (hit) ++stats.ttHashHits;
+  if (ttCut) {
+    if (line && node.ttMove) {
+      line->moves[0] = node.ttMove;
+      line->length = 1;
+    }
+    result = node.ttScore;
+    return true;
+  }
+
+  int32_t tbValue;
+  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
+    ++stats.tbHits;
+    result = tablebaseScore(tbValue, ply);
+    return true;
+  }
+  if (!prune) return false;
+
+  node.eval = nodeEval<C>(node.alpha, node.beta);
+  const bool nullWindow = node.alpha + 1 == node.beta;
+  if (depth <= 3 && nullWindow && !node.ttMove && node.alpha >= -20001 && node.alpha <= 19999) {
+    int32_t t = node.alpha - razorMargin[depth];
+    if (node.eval <= t) {
+      PvLine scratch;
+      int32_t q = searchQuiescence<C>(t, t + 1, ply, scratch);
+      if (stopRequested()) {
+        result = StopScore;
+        return true;
+      }
+      if (q <= t) {
+        result = q;
+        return true;
+      }
+    }
+  }
+  if (depth <= 5) {
+    int32_t f = node.eval - futilityMargin[depth];
+    if (f >= node.beta) {
+      store(node.lowest, node.highest, node.alpha, node.beta, ply, depth, f, NoMove);
+      result = node.eval;
+      return true;
+    }
+  }
+  return false;
+}
+
+template <Color C>
 int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, PvLine& line) {
   constexpr Color Them = opponent(C);
   Board_0x88& b = board;
@@ -44,63 +123,18 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
   if (findCheck<C>(b, b.side[C].square[0], checkInfo))
     return searchInCheck<C>(checkInfo, alpha, beta, ply, depth + 1, line);
 
-  ++stats.nodes;
-  stats.selDepth.raiseTo(ply);
-  if (timeCheck<C>()) return StopScore;
-  GameEndReason reason;
-  if (isDrawByRule(b, reason)) return 0;
-  // The record stack is nearly used up: stop descending here.
-  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
+  NodeStart node;
+  node.alpha = alpha;
+  node.beta = beta;
+  int32_t result;
+  if (openNode<C>(node, ply, depth, &line, true, result)) return result;
+  alpha = node.alpha;
+  beta = node.beta;
+  const int32_t lowest = node.lowest, highest = node.highest;
+  Move ttMove = node.ttMove;
+  int32_t ttScore = node.ttScore;
 
-  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
-  alpha = maxScore(alpha, lowest - 1);
-  beta = minScore(beta, highest + 1);
-  if (alpha >= beta) {
-    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
-    return alpha;
-  }
-
-  Move ttMove = NoMove;
-  int32_t ttScore = NoScore;
-  bool hit = false;
-  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
-  if (hit) ++stats.ttHashHits;
-  if (ttCut) {
-    if (ttMove) {
-      line.moves[0] = ttMove;
-      line.length = 1;
-    }
-    return ttScore;
-  }
-
-  int32_t tbValue;
-  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
-    ++stats.tbHits;
-    return tablebaseScore(tbValue, ply);
-  }
-
-  const int32_t eval = nodeEval<C>(alpha, beta);
-  const bool nullWindow = alpha + 1 == beta;
-
-  if (depth <= 3 && nullWindow && !ttMove && alpha >= -20001 && alpha <= 19999) {
-    int32_t t = alpha - razorMargin[depth];
-    if (eval <= t) {
-      PvLine scratch;
-      int32_t q = searchQuiescence<C>(t, t + 1, ply, scratch);
-      if (stopRequested()) return StopScore;
-      if (q <= t) return q;
-    }
-  }
-
-  if (depth <= 5) {
-    int32_t f = eval - futilityMargin[depth];
-    if (f >= beta) {
-      store(lowest, highest, alpha, beta, ply, depth, f, NoMove);
-      return eval;
-    }
-  }
-
-  if (depth >= 2 && nullWindow && eval >= beta &&
+  if (depth >= 2 && alpha + 1 == beta && node.eval >= beta &&
       !(ply >= 2 && b.history[b.ply - 1].movePlayed == NoMove && b.history[b.ply - 2].movePlayed == NoMove) &&
       b.side[C].total - b.side[C].count[Pawn] > 1) {
     UndoRecord nullUndo;
@@ -129,11 +163,7 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
     }
   }
 
-  if (ply < 8) {
-    MoveSelector all(0, &b, checkInfo, NoMove);
-    all.nextMove<C>();
-    if (all.moves.count == 1) ++depth;
-  }
+  if (ply < 8 && hasSingleReply<C>(checkInfo)) ++depth;
 
   MoveSelector selector(3, &b, checkInfo, NoMove);
   if (!line.empty()) selector.pvMove.move = line.first();
@@ -175,10 +205,7 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
     unmakeMove<C>(b, m, undo);
     if (stopRequested()) return StopScore;
     if (s >= beta) {
-      ++stats.cutoffs;
-      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
-      updateKiller(b, m);
-      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
+      recordCutoff(m, moveCounter);
       store(lowest, highest, alpha, beta, ply, moveDepth, s, m);
       return s;
     }
@@ -196,52 +223,14 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
   Board_0x88& b = board;
   CheckInfo checkInfo;  // the singular test runs only outside check
 
-  ++stats.nodes;
-  stats.selDepth.raiseTo(ply);
-  if (timeCheck<C>()) return StopScore;
-  GameEndReason reason;
-  if (isDrawByRule(b, reason)) return 0;
-  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
-
-  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
-  alpha = maxScore(alpha, lowest - 1);
-  beta = minScore(beta, highest + 1);
-  if (alpha >= beta) {
-    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
-    return alpha;
-  }
-
-  Move ttMove = NoMove;
-  int32_t ttScore = NoScore;
-  bool hit = false;
-  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
-  if (hit) ++stats.ttHashHits;
-  if (ttCut) return ttScore;
-
-  int32_t tbValue;
-  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
-    ++stats.tbHits;
-    return tablebaseScore(tbValue, ply);
-  }
-
-  const int32_t eval = nodeEval<C>(alpha, beta);
-  const bool nullWindow = alpha + 1 == beta;
-  if (depth <= 3 && nullWindow && !ttMove && alpha >= -20001 && alpha <= 19999) {
-    int32_t t = alpha - razorMargin[depth];
-    if (eval <= t) {
-      PvLine scratch;
-      int32_t q = searchQuiescence<C>(t, t + 1, ply, scratch);
-      if (stopRequested()) return StopScore;
-      if (q <= t) return q;
-    }
-  }
-  if (depth <= 5) {
-    int32_t f = eval - futilityMargin[depth];
-    if (f >= beta) {
-      store(lowest, highest, alpha, beta, ply, depth, f, NoMove);
-      return eval;
-    }
-  }
+  NodeStart node;
+  node.alpha = alpha;
+  node.beta = beta;
+  int32_t result;
+  if (openNode<C>(node, ply, depth, nullptr, true, result)) return result;
+  alpha = node.alpha;
+  beta = node.beta;
+  Move ttMove = node.ttMove;
 
   if (!ttMove && depth > 4) {
     PvLine scratch;
@@ -250,11 +239,7 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
     if (!scratch.empty()) ttMove = scratch.first();
   }
 
-  if (ply < 8) {
-    MoveSelector all(0, &b, checkInfo, NoMove);
-    all.nextMove<C>();
-    if (all.moves.count == 1) ++depth;
-  }
+  if (ply < 8 && hasSingleReply<C>(checkInfo)) ++depth;
 
   MoveSelector selector(3, &b, checkInfo, NoMove);
   selector.ttMove.move = ttMove;
@@ -281,10 +266,7 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
     unmakeMove<C>(b, m, undo);
     if (stopRequested()) return StopScore;
     if (s >= beta) {
-      ++stats.cutoffs;
-      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
-      updateKiller(b, m);
-      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
+      recordCutoff(m, moveCounter);
       return s;
     }
     if (s > best) best = s;
@@ -296,39 +278,14 @@ template <Color C>
 int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, int32_t beta, uint32_t ply,
                                     uint32_t depth, PvLine& line) {
   Board_0x88& b = board;
-  ++stats.nodes;
-  stats.selDepth.raiseTo(ply);
-  if (timeCheck<C>()) return StopScore;
-  GameEndReason reason;
-  if (isDrawByRule(b, reason)) return 0;
-  if (b.ply >= lastUsableRecord) return nodeEval<C>(alpha, beta);
-
-  const int32_t lowest = lowestScoreAt<C>(ply), highest = highestScoreAt<C>(ply);
-  alpha = maxScore(alpha, lowest - 1);
-  beta = minScore(beta, highest + 1);
-  if (alpha >= beta) {
-    store(lowest, highest, alpha, beta, ply, depth, alpha, NoMove);
-    return alpha;
-  }
-
-  Move ttMove = NoMove;
-  int32_t ttScore = NoScore;
-  bool hit = false;
-  bool ttCut = ttProbe(*ttHash, b, alpha, beta, ply, depth, ttScore, ttMove, hit);
-  if (hit) ++stats.ttHashHits;
-  if (ttCut) {
-    if (ttMove) {
-      line.moves[0] = ttMove;
-      line.length = 1;
-    }
-    return ttScore;
-  }
-
-  int32_t tbValue;
-  if (probeInSearch<C>(tablebases, b, depth, iterationDepth, tbValue)) {
-    ++stats.tbHits;
-    return tablebaseScore(tbValue, ply);
-  }
+  NodeStart node;
+  node.alpha = alpha;
+  node.beta = beta;
+  int32_t result;
+  if (openNode<C>(node, ply, depth, &line, false, result)) return result;
+  alpha = node.alpha;
+  beta = node.beta;
+  Move ttMove = node.ttMove;
 
   if (!ttMove && depth > 4) {
     PvLine scratch;
@@ -358,11 +315,8 @@ int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, i
     unmakeMove<C>(b, m, undo);
     if (stopRequested()) return StopScore;
     if (s >= beta) {
-      ++stats.cutoffs;
-      if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
-      updateKiller(b, m);
-      if (b.ply > 0) updateCounterMove(b, b.history[b.ply - 1].movePlayed, m);
-      store(lowest, highest, alpha, beta, ply, depth, s, m);
+      recordCutoff(m, moveCounter);
+      store(node.lowest, node.highest, alpha, beta, ply, depth, s, m);
       return s;
     }
     if (s > best) {
@@ -370,8 +324,22 @@ int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, i
       if (best > alpha) line.assign(m, child);
     }
   }
-  store(lowest, highest, alpha, beta, ply, depth, best, line.first());
+  store(node.lowest, node.highest, alpha, beta, ply, depth, best, line.first());
   return best;
+}
+
+template <Color C>
+bool SearchThread::hasSingleReply(const CheckInfo& checkInfo) {
+  MoveSelector all(0, &board, checkInfo, NoMove);
+  all.nextMove<C>();
+  return all.moves.count == 1;
+}
+
+void SearchThread::recordCutoff(Move move, uint32_t moveCounter) {
+  ++stats.cutoffs;
+  if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
+  updateKiller(board, move);
+  if (board.ply > 0) updateCounterMove(board, board.history[board.ply - 1].movePlayed, move);
 }
 
 template int32_t SearchThread::searchMove<White>(int32_t, int32_t, uint32_t, uint32_t, uint32_t, PvLine&);

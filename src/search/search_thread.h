@@ -70,6 +70,26 @@ class SearchThread : public WorkerThread {
   bool easyMove = false;
 
  private:
+  // What the steps common to every node leave for its move loop.
+  struct NodeStart {
+    int32_t alpha, beta;      // the window after the mate-distance step
+    int32_t lowest, highest;  // what this position can still come to
+    Move ttMove = NoMove;
+    int32_t ttScore = NoScore;
+    int32_t eval = 0;
+  };
+  // The opening steps of a node: count, time check, draw test, mate distance,
+  // table and tablebase probes, and with `prune` evaluation, razoring and
+  // futility. True when the node is decided, with its score in `result`.
+  template <Color C>
+  bool openNode(NodeStart& node, uint32_t ply, uint32_t depth, PvLine* line, bool prune, int32_t& result);
+
+  // Does the position (not in check) have exactly one legal move?
+  template <Color C>
+  bool hasSingleReply(const CheckInfo& checkInfo);
+  // Counts a beta cutoff and remembers its move as killer and counter move.
+  void recordCutoff(Move move, uint32_t moveCounter);
+
   // The deepest record a node may use; a line that reaches it stops descending.
   static constexpr uint32_t lastUsableRecord = HistorySize - 4;
 
