@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "board/fen.h"
+#include "board/make_move.h"
 #include "board/move_text.h"
 #include "driver/time_control.h"
 #include "search/search_thread.h"
@@ -147,6 +148,33 @@ TEST_F(SearchRootTest, BareKingCanOnlyDraw) {
   EXPECT_EQ(moveToString(r.best), "e4d4");
   EXPECT_EQ(r.output, "# forced draw: e4d4\n");
   for (const ReportedLine& l : ui.lines) EXPECT_LE(l.score, 0);
+}
+
+TEST_F(SearchRootTest, StalemateAndRepetitionScoreZero) {
+  // A queen down, White gives its rook away or checks for ever: stalemate or repetition.
+  SearchResult r = search("7k/8/8/8/8/6q1/8/5R1K w - - 0 1", 10);
+  EXPECT_EQ(moveToString(r.best), "f1f8");
+  EXPECT_EQ(ui.lines.back().score, 0);
+
+  // A queen down again, but the knight can step back into a position of the game.
+  ui.lines.clear();
+  ASSERT_TRUE(setupFromFen(game, "7k/8/8/8/8/8/q7/6NK w - - 10 40"));
+  const Move shuffle[4] = {encodeMove88(0x06, 0x25), encodeMove88(0x77, 0x76), encodeMove88(0x25, 0x06),
+                           encodeMove88(0x76, 0x77)};
+  UndoRecord undo[4];
+  for (int i = 0; i < 4; ++i) {
+    game.history[game.ply].movePlayed = shuffle[i];
+    makeMoveForSide(game, shuffle[i], undo[i]);
+  }
+  tc.depthLimited = true;
+  tc.maxDepth = 6;
+  SearchThread thread(0, tt.get(), pawns.get(), nullptr, &tc, &ui);
+  Move best, ponder;
+  testing::internal::CaptureStdout();
+  thread.searchRootForSide(game, best, ponder);
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(moveToString(best), "g1f3");
+  EXPECT_EQ(ui.lines.back().score, 0);
 }
 
 TEST_F(SearchRootTest, DepthLimitStopsAtItsDepth) {
