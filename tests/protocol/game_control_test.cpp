@@ -109,6 +109,19 @@ TEST(GameControlTest, RefusedPositionIsNeverSearched) {
   EXPECT_NE(run.output.find("# making user move: e2e4"), std::string::npos);
 }
 
+TEST(GameControlTest, AGameThatFillsTheRecordEndsCleanly) {
+  std::string input = "xboard\nforce\n";
+  const char* shuffle[4] = {"g1f3", "g8f6", "f3g1", "f6g8"};
+  for (int i = 0; i < 1000; ++i) input += std::string("usermove ") + shuffle[i % 4] + "\n";
+  input += "go\nquit\n";
+  EngineRun run = runEngine(input, {}, "", 60);
+  EXPECT_EQ(run.exitStatus, 0);
+  EXPECT_EQ(count(run.output, "1/2-1/2 {Game too long}\n"), 1u);
+  // Every move after the end is refused, and the engine plays none.
+  EXPECT_EQ(count(run.output, "Error (cannot make a move at end of game)"), 1000u - 960u + 1u);
+  EXPECT_EQ(run.output.find("\nmove "), std::string::npos);
+}
+
 TEST(GameControlTest, EndOfInputDuringAnalysisExits) {
   EngineRun run = runEngine("xboard\nnopost\nanalyze\n", {}, "", 30);
   EXPECT_FALSE(run.timedOut);
