@@ -22,25 +22,41 @@ inline Square findAttacker(const Board_0x88& b, Square s) {
   if (s & 0x88) return NoSquare;
   constexpr int p1 = A == White ? -15 : 15;
   constexpr int p2 = A == White ? -17 : 17;
-  int t = uint8_t(s + p1);
-  if (holds(b, t, A, Pawn)) return Square(t);
-  t = uint8_t(s + p2);
-  if (holds(b, t, A, Pawn)) return Square(t);
-  for (int i = 0; i < 8; ++i) {
-    t = uint8_t(s - knightDirs[i]);
-    if (holds(b, t, A, Knight)) return Square(t);
-    t = uint8_t(s - kingDirs[i]);
-    if (holds(b, t, A, King)) return Square(t);
+  // Kinds the attacker doesn't have are skipped; the order of the rest stands.
+  const uint8_t* count = b.side[A].count;
+  int t;
+  if (count[Pawn]) {
+    t = uint8_t(s + p1);
+    if (holds(b, t, A, Pawn)) return Square(t);
+    t = uint8_t(s + p2);
+    if (holds(b, t, A, Pawn)) return Square(t);
   }
-  for (int d : orthogonalDirs) {
-    t = uint8_t(s - d);
-    while (!(t & 0x88) && b.color[t] == NoColor) t = uint8_t(t - d);
-    if (!(t & 0x88) && b.color[t] == A && (b.piece[t] == Rook || b.piece[t] == Queen)) return Square(t);
+  if (count[Knight]) {
+    for (int i = 0; i < 8; ++i) {
+      t = uint8_t(s - knightDirs[i]);
+      if (holds(b, t, A, Knight)) return Square(t);
+      t = uint8_t(s - kingDirs[i]);
+      if (holds(b, t, A, King)) return Square(t);
+    }
+  } else {
+    for (int i = 0; i < 8; ++i) {
+      t = uint8_t(s - kingDirs[i]);
+      if (holds(b, t, A, King)) return Square(t);
+    }
   }
-  for (int d : diagonalDirs) {
-    t = uint8_t(s - d);
-    while (!(t & 0x88) && b.color[t] == NoColor) t = uint8_t(t - d);
-    if (!(t & 0x88) && b.color[t] == A && (b.piece[t] == Bishop || b.piece[t] == Queen)) return Square(t);
+  if (count[Rook] | count[Queen]) {
+    for (int d : orthogonalDirs) {
+      t = uint8_t(s - d);
+      while (!(t & 0x88) && b.color[t] == NoColor) t = uint8_t(t - d);
+      if (!(t & 0x88) && b.color[t] == A && (b.piece[t] == Rook || b.piece[t] == Queen)) return Square(t);
+    }
+  }
+  if (count[Bishop] | count[Queen]) {
+    for (int d : diagonalDirs) {
+      t = uint8_t(s - d);
+      while (!(t & 0x88) && b.color[t] == NoColor) t = uint8_t(t - d);
+      if (!(t & 0x88) && b.color[t] == A && (b.piece[t] == Bishop || b.piece[t] == Queen)) return Square(t);
+    }
   }
   return NoSquare;
 }

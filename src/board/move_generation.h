@@ -31,19 +31,30 @@ struct Side {
 
 inline uint64_t bitOf(Square sq) { return uint64_t(1) << toSquare64(sq); }
 
+// How a candidate is checked: by trial, and in check first against the squares
+// where a move other than the king's can end the check at all.
+struct Filter {
+  bool trial;
+  uint64_t targets = ~uint64_t(0);
+};
+
 // Appends a move after the legality filter of the walk: trial in check and
 // for king moves or pinned pieces, nothing otherwise.
 template <Color C, Walk W>
-inline void addFiltered(Board_0x88& b, MoveList& list, Move m, bool needsTrial) {
+inline void addFiltered(Board_0x88& b, MoveList& list, Move m, Filter filter) {
   if (list.count >= MoveList::capacity) return;
-  if (W == Walk::Evasions || needsTrial) {
+  if constexpr (W == Walk::Evasions) {
+    // A move that neither takes the checker nor blocks its line can't be legal.
+    if (!(filter.targets & (uint64_t(1) << moveTo(m)))) return;
+  }
+  if (W == Walk::Evasions || filter.trial) {
     if (!passesTrial<C>(b, m)) return;
   }
   list.moves[list.count++] = ScoredMove{m, 0};
 }
 
 template <Color C, Walk W>
-inline void addPromotions(Board_0x88& b, MoveList& list, Square from, Square to, bool needsTrial,
+inline void addPromotions(Board_0x88& b, MoveList& list, Square from, Square to, Filter needsTrial,
                           PromotionMode mode) {
   addFiltered<C, W>(b, list, encodePromotion(from, to, Queen), needsTrial);
   if (mode == PromotionsQueenOnly) return;
@@ -62,12 +73,12 @@ inline void addEnPassant(Board_0x88& b, MoveList& list) {
     int from = uint8_t(b.epSquare + offset);
     if ((from & 0x88) || b.piece[from] != Pawn || b.color[from] != C) continue;
     // Both pawns leave the rank at once, so en passant always goes through the trial.
-    addFiltered<C, W>(b, list, encodeMove88(Square(from), b.epSquare, MoveEnPassant), true);
+    addFiltered<C, W>(b, list, encodeMove88(Square(from), b.epSquare, MoveEnPassant), Filter{true});
   }
 }
 
 template <Color C, Walk W>
-inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[4], bool pinned) {
+inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[4], Filter pinned) {
   constexpr Color Them = opponent(C);
   for (int d : dirs) {
     int to = uint8_t(from + d);
@@ -82,7 +93,7 @@ inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&di
 }
 
 template <Color C, Walk W>
-inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[8], bool needsTrial) {
+inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[8], Filter needsTrial) {
   constexpr Color Them = opponent(C);
   for (int d : dirs) {
     int to = uint8_t(from + d);
@@ -100,7 +111,7 @@ inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&di
 }
 
 template <Color C, Walk W>
-inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, bool pinned, PromotionMode mode) {
+inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, Filter pinned, PromotionMode mode) {
   using S = Side<C>;
   constexpr Color Them = opponent(C);
   constexpr int captureOffsets[2] = {S::capture1, S::capture2};
@@ -134,15 +145,16 @@ inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, bool pinned
 }
 
 template <Color C, Walk W>
-inline void walkPieces(Board_0x88& b, const PinMasks& pins, MoveList& list, PromotionMode mode) {
+inline void walkPieces(Board_0x88& b, const PinMasks& pins, MoveList& list, PromotionMode mode,
+                       uint64_t evasionTargets = ~uint64_t(0)) {
   const uint64_t pinned = pins.any();
   const PieceSet& set = b.side[C];
   for (int s = 0; s <= LastSlot; ++s) {
     Square from = set.square[s];
     if (from & 0x88) continue;
-    bool isPinned = (pinned & bitOf(from)) != 0;
+    const Filter isPinned{(pinned & bitOf(from)) != 0, evasionTargets};
     switch (b.piece[from]) {
-      case King: addLeaper<C, W>(b, list, from, kingDirs, true); break;
+      case King: addLeaper<C, W>(b, list, from, kingDirs, Filter{true}); break;
       case Queen:
         addSlider<C, W>(b, list, from, orthogonalDirs, isPinned);
         addSlider<C, W>(b, list, from, diagonalDirs, isPinned);
@@ -154,6 +166,49 @@ inline void walkPieces(Board_0x88& b, const PinMasks& pins, MoveList& list, Prom
       default: break;
     }
   }
+}
+
+// Squares where a piece other than the king can end a check: the checker's
+// square and, for a slider, the squares between it and the king. None in
+// double check. Every candidate that passes still goes through the trial.
+template <Color C>
+inline uint64_t evasionTargets(const Board_0x88& b) {
+  const Square k = b.side[C].square[0];
+  if (k & 0x88) return ~uint64_t(0);
+  Square checkers[2];
+  int found = 0;
+  // Leapers and pawns can only be taken.
+  constexpr Color Them = opponent(C);
+  constexpr int p1 = C == White ? 15 : -15;
+  constexpr int p2 = C == White ? 17 : -17;
+  constexpr int pawnOffsets[2] = {p1, p2};
+  for (int d : pawnOffsets) {
+    int t = uint8_t(k + d);
+    if (!(t & 0x88) && b.piece[t] == Pawn && b.color[t] == Them && found < 2) checkers[found++] = Square(t);
+  }
+  for (int d : knightDirs) {
+    int t = uint8_t(k + d);
+    if (!(t & 0x88) && b.piece[t] == Knight && b.color[t] == Them && found < 2) checkers[found++] = Square(t);
+  }
+  uint64_t between = 0;
+  auto rays = [&](const int (&dirs)[4], PieceType slider) {
+    for (int d : dirs) {
+      uint64_t path = 0;
+      int t = uint8_t(k + d);
+      while (!(t & 0x88) && b.color[t] == NoColor) {
+        path |= uint64_t(1) << toSquare64(Square(t));
+        t = uint8_t(t + d);
+      }
+      if (!(t & 0x88) && b.color[t] == Them && (b.piece[t] == slider || b.piece[t] == Queen) && found < 2) {
+        checkers[found++] = Square(t);
+        between |= path;
+      }
+    }
+  };
+  rays(orthogonalDirs, Rook);
+  rays(diagonalDirs, Bishop);
+  if (found != 1) return found == 0 ? ~uint64_t(0) : 0;
+  return between | (uint64_t(1) << toSquare64(checkers[0]));
 }
 
 // Castling, king side first; the passed square must not be attacked and the
@@ -169,10 +224,10 @@ inline void addCastling(Board_0x88& b, MoveList& list) {
   CheckInfo scratch;
   if ((b.castlingRights & kingSide) && b.piece[e + 1] == NoPiece && b.piece[e + 2] == NoPiece &&
       !isAttackedBy<Them>(b, Square(e + 1), scratch))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), true);
+    addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), Filter{true});
   if ((b.castlingRights & queenSide) && b.piece[e - 1] == NoPiece && b.piece[e - 2] == NoPiece &&
       b.piece[e - 3] == NoPiece && !isAttackedBy<Them>(b, Square(e - 1), scratch))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), true);
+    addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), Filter{true});
 }
 
 }  // namespace gen_detail
@@ -192,7 +247,7 @@ inline void generateEvasions(Board_0x88& b, MoveList& list) {
   using namespace gen_detail;
   PinMasks none;
   addEnPassant<C, Walk::Evasions>(b, list);
-  walkPieces<C, Walk::Evasions>(b, none, list, PromotionsAll);
+  walkPieces<C, Walk::Evasions>(b, none, list, PromotionsAll, evasionTargets<C>(b));
 }
 
 // Captures and promotions (a promotion counts as a capture); side not in check.
