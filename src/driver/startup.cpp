@@ -10,6 +10,7 @@
 
 #include "board/fen.h"
 #include "driver/command_loop.h"
+#include "driver/line_atomic_output.h"
 #include "driver/wb_engine.h"
 
 void seedRandomFromClock() {
@@ -46,6 +47,7 @@ int runTolva(int argc, char** argv) {
   WBEngine engine;
   seedRandomFromClock();
   std::ios_base::sync_with_stdio(true);
+  LineAtomicStandardOutput lineAtomicOutput;
   std::cout << "# Tolva 0.7.0" << '\n'
             << "# a chess engine for the xboard protocol; type 'quit' to leave" << '\n'
             << "# " << '\n'

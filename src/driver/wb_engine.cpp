@@ -10,17 +10,20 @@ WBEngine::WBEngine() : player(&timeControl, this) {}
 
 void WBEngine::printBoard() {
   const Board_0x88& board = *player.board;
+  // One insertion, so that the diagram reaches the host in one piece.
+  std::string diagram;
   for (int rank = 7; rank >= 0; --rank) {
-    char row[11] = "# ";
+    diagram += "# ";
     for (int file = 0; file < 8; ++file) {
       Square sq = makeSquare(file, rank);
-      char ch = pieceLetters[board.piece[sq] <= King ? board.piece[sq] : 0];
+      char ch = pieceLetters[board.piece[sq]];
       if (board.color[sq] == White) ch = char(ch - 'a' + 'A');
-      row[2 + file] = ch;
+      diagram += ch;
     }
-    std::cout << row << '\n';
+    diagram += '\n';
   }
-  std::cout << "#" << std::endl;
+  diagram += "#\n";
+  std::cout << diagram << std::flush;
   boardChanged = false;
 }
 
