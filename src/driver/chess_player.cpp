@@ -118,7 +118,7 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   if (!decided && !self.stopRequested()) {
     if (player.pawnHash) player.pawnHash->hits = 0;
     if (!player.outOfBook) {
-      if (tc.timed) tc.correctOutOfBook(player.ply);
+      tc.correctOutOfBook(player.ply);
       player.outOfBook = true;
     }
     self.searchRootForSide(*player.board, move, ponder);
