@@ -79,20 +79,9 @@ inline void removePiece(Board_0x88& b, Square sq) {
   b.slot[sq] = NoSlot;
 }
 
-// Moves a piece within its slot; keys and psq as the mode keeps them.
-template <Mode M>
-inline void movePiece(Board_0x88& b, Square from, Square to) {
+// The arrays and the list slot follow a piece from one square to another.
+inline void shiftPiece(Board_0x88& b, Square from, Square to) {
   uint8_t c = b.color[from], t = b.piece[from], s = b.slot[from];
-  if constexpr (M != Mode::Light) {
-    PositionRecord& r = b.history[b.ply];
-    uint64_t k = pieceKey[c][t - 1][toSquare64(from)] ^ pieceKey[c][t - 1][toSquare64(to)];
-    r.hashKey ^= k;
-    if constexpr (M == Mode::Full) {
-      if (t == Pawn) r.pawnHashKey ^= k;
-      subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(from)]);
-      addPsq(b.psq[c], psqTable[c][t - 1][toSquare64(to)]);
-    }
-  }
   if (s < NoSlot) b.side[c].square[s] = to;
   b.piece[to] = t;
   b.color[to] = c;
@@ -102,21 +91,34 @@ inline void movePiece(Board_0x88& b, Square from, Square to) {
   b.slot[from] = NoSlot;
 }
 
-// Moves a piece back during unmake: no keys; psq only in the full mode.
 template <Mode M>
-inline void movePieceBack(Board_0x88& b, Square from, Square to) {
-  uint8_t c = b.color[from], t = b.piece[from], s = b.slot[from];
+inline void movePsq(Board_0x88& b, Square from, Square to) {
   if constexpr (M == Mode::Full) {
+    uint8_t c = b.color[from], t = b.piece[from];
     subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(from)]);
     addPsq(b.psq[c], psqTable[c][t - 1][toSquare64(to)]);
   }
-  if (s < NoSlot) b.side[c].square[s] = to;
-  b.piece[to] = t;
-  b.color[to] = c;
-  b.slot[to] = s;
-  b.piece[from] = NoPiece;
-  b.color[from] = NoColor;
-  b.slot[from] = NoSlot;
+}
+
+// Moves a piece within its slot; keys and psq as the mode keeps them.
+template <Mode M>
+inline void movePiece(Board_0x88& b, Square from, Square to) {
+  if constexpr (M != Mode::Light) {
+    uint8_t c = b.color[from], t = b.piece[from];
+    PositionRecord& r = b.history[b.ply];
+    uint64_t k = pieceKey[c][t - 1][toSquare64(from)] ^ pieceKey[c][t - 1][toSquare64(to)];
+    r.hashKey ^= k;
+    if (M == Mode::Full && t == Pawn) r.pawnHashKey ^= k;
+  }
+  movePsq<M>(b, from, to);
+  shiftPiece(b, from, to);
+}
+
+// Moves a piece back during unmake: no keys; psq only in the full mode.
+template <Mode M>
+inline void movePieceBack(Board_0x88& b, Square from, Square to) {
+  movePsq<M>(b, from, to);
+  shiftPiece(b, from, to);
 }
 
 // Puts a captured piece back into its former slot during unmake.

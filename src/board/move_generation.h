@@ -6,6 +6,7 @@
 #include "board/check_info.h"
 #include "board/directions.h"
 #include "board/move.h"
+#include "board/side_geometry.h"
 
 // Legal move generators: every candidate is filtered as it is appended, by the
 // pin test when not in check and by trial otherwise. Order: en passant, then
@@ -19,15 +20,7 @@ namespace gen_detail {
 enum class Walk { All, Evasions, Captures, Quiets };
 
 template <Color C>
-struct Side {
-  static constexpr Color Them = opponent(C);
-  static constexpr int push = C == White ? 16 : -16;
-  static constexpr int capture1 = C == White ? 15 : -15;
-  static constexpr int capture2 = C == White ? 17 : -17;
-  static constexpr int doubleStepRank = C == White ? 1 : 6;
-  static constexpr int promotionSourceRank = C == White ? 6 : 1;
-  static constexpr Square kingHome = C == White ? 4 : 116;
-};
+using Side = SideGeometry<C>;
 
 inline uint64_t bitOf(Square sq) { return uint64_t(1) << toSquare64(sq); }
 

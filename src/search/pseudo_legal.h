@@ -3,6 +3,7 @@
 
 #include "board/attacks.h"
 #include "board/board.h"
+#include "board/side_geometry.h"
 #include "board/move.h"
 
 // Whether a move taken from elsewhere (a killer, a table entry that may come
@@ -14,19 +15,7 @@
 namespace pseudo_legal_detail {
 
 template <Color C>
-struct Geometry {
-  static constexpr Color Them = opponent(C);
-  static constexpr int push = C == White ? 16 : -16;
-  static constexpr int capture1 = C == White ? 15 : -15;
-  static constexpr int capture2 = C == White ? 17 : -17;
-  static constexpr int doubleStepRank = C == White ? 1 : 6;
-  static constexpr int promotionSourceRank = C == White ? 6 : 1;
-  static constexpr Square kingHome = C == White ? 4 : 116;
-  static constexpr uint8_t kingSideRight = C == White ? CastleWK : CastleBK;
-  static constexpr uint8_t queenSideRight = C == White ? CastleWQ : CastleBQ;
-  static constexpr unsigned kingSideDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
-  static constexpr unsigned queenSideDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
-};
+using Geometry = SideGeometry<C>;
 
 inline bool isEmpty(const Board_0x88& b, int sq) { return b.color[sq] == NoColor; }
 

@@ -1,0 +1,23 @@
+#pragma once
+#include <cstdint>
+
+#include "board/board.h"
+#include "board/move.h"
+#include "board/types.h"
+
+// The constants of one side's moves: pawn directions and ranks, the king's
+// home square and its castling rights and details.
+template <Color C>
+struct SideGeometry {
+  static constexpr Color Them = opponent(C);
+  static constexpr int push = C == White ? 16 : -16;
+  static constexpr int capture1 = C == White ? 15 : -15;
+  static constexpr int capture2 = C == White ? 17 : -17;
+  static constexpr int doubleStepRank = C == White ? 1 : 6;
+  static constexpr int promotionSourceRank = C == White ? 6 : 1;
+  static constexpr Square kingHome = C == White ? 4 : 116;
+  static constexpr uint8_t kingSideRight = C == White ? CastleWK : CastleBK;
+  static constexpr uint8_t queenSideRight = C == White ? CastleWQ : CastleBQ;
+  static constexpr unsigned kingSideDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  static constexpr unsigned queenSideDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
+};
