@@ -194,14 +194,8 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
     b.history[b.ply].movePlayed = m;
     ++moveCounter;
     makeMove<C>(b, m, undo);
-    const int32_t a = maxScore(alpha, best);
-    int32_t s;
-    if (moveDepth >= 3 && moveCounter >= 2 && quiet) {
-      s = searchMove<C>(a, beta, ply + 1, moveDepth - 2, moveCounter, child);
-      if (s > a && !stopRequested()) s = searchMove<C>(a, beta, ply + 1, moveDepth - 1, moveCounter, child);
-    } else {
-      s = searchMove<C>(a, beta, ply + 1, moveDepth - 1, moveCounter, child);
-    }
+    int32_t s = searchLateMove<C>(maxScore(alpha, best), beta, ply, moveDepth, moveCounter, child,
+                                  moveDepth >= 3 && moveCounter >= 2 && quiet);
     unmakeMove<C>(b, m, undo);
     if (stopRequested()) return StopScore;
     if (s >= beta) {
@@ -255,14 +249,8 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
     b.history[b.ply].movePlayed = m;
     ++moveCounter;
     makeMove<C>(b, m, undo);
-    const int32_t a = maxScore(alpha, best);
-    int32_t s;
-    if (moveCounter >= 2 && quiet) {
-      s = searchMove<C>(a, beta, ply + 1, depth - 2, moveCounter, child);
-      if (s > a && !stopRequested()) s = searchMove<C>(a, beta, ply + 1, depth - 1, moveCounter, child);
-    } else {
-      s = searchMove<C>(a, beta, ply + 1, depth - 1, moveCounter, child);
-    }
+    int32_t s = searchLateMove<C>(maxScore(alpha, best), beta, ply, depth, moveCounter, child,
+                                  moveCounter >= 2 && quiet);
     unmakeMove<C>(b, m, undo);
     if (stopRequested()) return StopScore;
     if (s >= beta) {
@@ -329,6 +317,16 @@ int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, i
 }
 
 template <Color C>
+int32_t SearchThread::searchLateMove(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, uint32_t moveCounter,
+                                     PvLine& child, bool reduce) {
+  if (reduce) {
+    int32_t s = searchMove<C>(alpha, beta, ply + 1, depth - 2, moveCounter, child);
+    if (s <= alpha || stopRequested()) return s;
+  }
+  return searchMove<C>(alpha, beta, ply + 1, depth - 1, moveCounter, child);
+}
+
+template <Color C>
 bool SearchThread::hasSingleReply(const CheckInfo& checkInfo) {
   MoveSelector all(0, &board, checkInfo, NoMove);
   all.nextMove<C>();
@@ -352,3 +350,5 @@ template int32_t SearchThread::searchInCheck<White>(const CheckInfo&, int32_t, i
                                                     PvLine&);
 template int32_t SearchThread::searchInCheck<Black>(const CheckInfo&, int32_t, int32_t, uint32_t, uint32_t,
                                                     PvLine&);
+template int32_t SearchThread::searchLateMove<White>(int32_t, int32_t, uint32_t, uint32_t, uint32_t, PvLine&, bool);
+template int32_t SearchThread::searchLateMove<Black>(int32_t, int32_t, uint32_t, uint32_t, uint32_t, PvLine&, bool);

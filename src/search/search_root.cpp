@@ -139,14 +139,8 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
           const bool quiet = isQuietForReduction<C>(b, m);
           b.history[b.ply].movePlayed = m;
           makeMove<C>(b, m, undo);
-          const int32_t a = maxScore(alpha, best);
-          int32_t s = 0;
-          bool done = false;
-          if (!inCheck && moveCounter >= 2 && depth > 2 && quiet) {
-            s = searchMove<C>(a, beta, 1, depth - 2, moveCounter, child);
-            done = s <= a || stopRequested();
-          }
-          if (!done) s = searchMove<C>(a, beta, 1, depth - 1, moveCounter, child);
+          int32_t s = searchLateMove<C>(maxScore(alpha, best), beta, 0, depth, moveCounter, child,
+                                        !inCheck && moveCounter >= 2 && depth > 2 && quiet);
           unmakeMove<C>(b, m, undo);
           if (stopRequested()) break;
           if (s >= beta) {

@@ -84,6 +84,11 @@ class SearchThread : public WorkerThread {
   template <Color C>
   bool openNode(NodeStart& node, uint32_t ply, uint32_t depth, PvLine* line, bool prune, int32_t& result);
 
+  // A made move searched one ply less, or two when `reduce`, with a re-search
+  // at the full depth when the reduced search beats alpha.
+  template <Color C>
+  int32_t searchLateMove(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, uint32_t moveCounter,
+                         PvLine& child, bool reduce);
   // Does the position (not in check) have exactly one legal move?
   template <Color C>
   bool hasSingleReply(const CheckInfo& checkInfo);
