@@ -26,8 +26,9 @@ bool WBEngine::cmdProtover(const Arguments&) {
             << "feature option=\"bookFilePath -path " << player.bookFilePath << "\"\n"
             << "feature myname=\"Tolva 0.7.0\"" << std::endl;
   // Sizes set since start-up (ini file, option) are applied now, before the
-  // host starts a game.
-  player.setupSearch(false);
+  // host starts a game; never under a running search, which still uses the
+  // tables (the next search start applies them then).
+  if (!player.isSearching()) player.setupSearch(false);
   std::cout << "feature done=1" << std::endl;
   return true;
 }
