@@ -30,6 +30,7 @@ void Board_0x88::clear() {
   castlingRights = 0;
   epSquare = NoSquare;
   halfMoveClock = 0;
+  setupMoveNumber = 1;
   sideToMove = NoColor;
   std::memset(piece, NoPiece, sizeof piece);
   std::memset(color, NoColor, sizeof color);

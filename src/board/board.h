@@ -32,6 +32,8 @@ class Board_Common {
   uint8_t epSquare;
   uint8_t halfMoveClock;
   uint8_t sideToMove;
+  // The full-move number of the set-up position (at ply 0), for writing FEN.
+  uint32_t setupMoveNumber;
 
  protected:
   Board_Common() = default;

@@ -119,7 +119,11 @@ FieldResult readEnPassant(Board_0x88& board, const char*& p) {
 
 bool readNumbers(Board_0x88& board, const char* text) {
   const char* blank = std::strchr(text, ' ');
-  if (!blank) return readInteger(text) >= 1;
+  const char* moveText = blank ? blank + 1 : text;  // a lone number is the move number
+  long long moveNumber = readInteger(moveText);
+  if (moveNumber < 1) return false;
+  board.setupMoveNumber = uint32_t(moveNumber);
+  if (!blank) return true;
   size_t clockLength = size_t(blank - text);
   if (clockLength > 4) return false;
   char clock[5] = {};
@@ -127,7 +131,7 @@ bool readNumbers(Board_0x88& board, const char* text) {
   long long value = readInteger(clock);
   if (value < 0) return false;
   board.halfMoveClock = uint8_t(value & 0xFF);
-  return readInteger(blank + 1) >= 1;
+  return true;
 }
 
 }  // namespace

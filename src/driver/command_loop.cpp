@@ -7,14 +7,6 @@
 #include "driver/command_table.h"
 #include "driver/string_split.h"
 
-size_t trimLine(char* line) {
-  size_t length = std::strlen(line);
-  if (length && line[length - 1] == '\n') line[--length] = '\0';
-  if (length && line[length - 1] == '\r') line[--length] = '\0';
-  while (length && line[length - 1] == ' ') line[--length] = '\0';
-  return length;
-}
-
 void dispatchLine(WBEngine& engine, const char* line) {
   const char* blank = std::strchr(line, ' ');
   size_t wordLength = blank ? size_t(blank - line) : std::strlen(line);

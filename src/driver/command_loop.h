@@ -1,12 +1,10 @@
 #pragma once
 #include <cstdio>
 
+#include "driver/string_split.h"
 #include "driver/wb_engine.h"
 
 constexpr int LineBufferSize = 1024;
-
-// Trims one line feed, one carriage return, then all trailing blanks; returns the new length.
-size_t trimLine(char* line);
 
 // Runs one trimmed line through the command table, with the argument checks
 // and the error lines.

@@ -1,5 +1,7 @@
 #include "driver/string_split.h"
 
+#include <cstring>
+
 std::vector<std::string> splitString(const std::string& text, char delimiter) {
   std::vector<std::string> pieces;
   size_t start = 0;
@@ -9,4 +11,12 @@ std::vector<std::string> splitString(const std::string& text, char delimiter) {
   }
   if (start < text.size()) pieces.push_back(text.substr(start));
   return pieces;
+}
+
+size_t trimLine(char* line) {
+  size_t length = std::strlen(line);
+  if (length && line[length - 1] == '\n') line[--length] = '\0';
+  if (length && line[length - 1] == '\r') line[--length] = '\0';
+  while (length && line[length - 1] == ' ') line[--length] = '\0';
+  return length;
 }

@@ -58,10 +58,7 @@ bool WBEngine::cmdEgtpath(const Arguments&) { return true; }
 bool WBEngine::cmdOption(const Arguments&) { return true; }
 bool WBEngine::cmdBook(const Arguments&) { return true; }
 bool WBEngine::cmdNobook(const Arguments&) { return true; }
-bool WBEngine::cmdTest(const Arguments&) { return true; }
 bool WBEngine::cmdEval(const Arguments&) { return true; }
-bool WBEngine::cmdRandpos(const Arguments&) { return true; }
-bool WBEngine::cmdRandgames(const Arguments&) { return true; }
 
 bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(player, args); }
 

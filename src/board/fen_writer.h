@@ -1,0 +1,9 @@
+#pragma once
+#include <string>
+
+#include "board/board.h"
+
+// The six-field FEN of the position on the board: the inverse of setupFromFen.
+// The move number counts on from the set-up position by the plies played
+// since, so a position reached in a game is written with its real number.
+std::string positionToFen(const Board_0x88& board);

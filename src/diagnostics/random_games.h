@@ -1,0 +1,35 @@
+#pragma once
+#include <cstdint>
+
+#include "board/move.h"
+#include "board/types.h"
+
+class ChessPlayer;
+
+// Counters over a run of random games; every count is a plain total.
+struct RandomGameStats {
+  uint64_t positions = 0;    // moves played in all games
+  uint64_t captures = 0;     // normal moves onto an occupied square
+  uint64_t promotions = 0;   // with or without capture
+  uint64_t castlings = 0;
+  uint64_t epCaptures = 0;
+  uint64_t doubleSteps = 0;
+  uint64_t movesOfPiece[7] = {};     // by moving piece
+  uint64_t capturesOfPiece[7] = {};  // by captured piece
+  uint64_t promotionsInto[7] = {};   // by new piece
+  uint64_t gameLength[1024] = {};    // games by final ply
+  uint64_t presence[2][8][64] = {};  // colour, piece, square: after each move
+  uint64_t pieceCountFrequency[2][17] = {};  // colour, number of pieces: after each move
+};
+
+// Plays `games` games of uniformly random legal moves (rand()) as game moves
+// on the player's board, counting into `stats`, with a progress mark every
+// games/50 games. A game ends with no legal move, at a draw by rule (so at
+// the first repetition), or when the game record is full.
+void playRandomGames(ChessPlayer& player, uint64_t games, RandomGameStats& stats);
+
+// The averages, presence maps, piece-count frequencies and game lengths.
+void printRandomGameReport(const RandomGameStats& stats, uint64_t games);
+
+// The randgames command: the games, the report, then the start position.
+void runRandomGames(ChessPlayer& player, uint64_t games);
