@@ -99,6 +99,10 @@ void ChessPlayer::setCores(uint32_t cores) {
             << ", max=" << maxCores << ")" << std::endl;
 }
 
+void ChessPlayer::reinitTablebases() {
+  // No tablebase store is read yet; the settings are kept for when it is.
+}
+
 void ChessPlayer::think(uint32_t index, void* argument) {
   ChessPlayer& player = *static_cast<ChessPlayer*>(argument);
   SearchThread& self = *player.threads[index];
@@ -115,6 +119,8 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   if (tc.timed) tc.allocateTime(player.ply);
   bool decided = false;
   if (player.randomGame && player.randomMove(move)) decided = true;
+  // Never in analysis: only a timed search asks the book.
+  if (!decided && tc.timed && player.bookEnabled && player.book.probe(*player.board, move)) decided = true;
   if (!decided && !self.stopRequested()) {
     if (player.pawnHash) player.pawnHash->hits = 0;
     if (!player.outOfBook) {

@@ -7,6 +7,7 @@
 #include "board/board.h"
 #include "diagnostics/perft_entry.h"
 #include "driver/engine_interface.h"
+#include "driver/opening_book.h"
 #include "driver/relaxed.h"
 #include "driver/time_control.h"
 #include "search/pawn_hash.h"
@@ -41,6 +42,9 @@ class ChessPlayer : public SearchInterface {
   // Checks the position for a finished game and prints the result.
   bool reportGameEnd();
   void setCores(uint32_t cores);
+  // After `option` changed gtbPath or gtbCacheSizeMB: the tablebases are set
+  // up again from the new settings.
+  void reinitTablebases();
 
   // The work of every search thread each time it is woken.
   static void think(uint32_t index, void* player);
@@ -93,7 +97,7 @@ class ChessPlayer : public SearchInterface {
   uint32_t pawnHashSizeMB = 32;
   uint32_t gtbCacheSizeMB = 16;
   char gtbPath[256] = "C:/gtb";
-  char bookFilePath[256] = "book.bin";
+  OpeningBook book;
   Relaxed<bool> bookEnabled = true;  // commands without the stop flag change these during a search
   bool outOfBook = false;
   Move ponderMove = 0;

@@ -23,7 +23,7 @@ bool WBEngine::cmdProtover(const Arguments&) {
                "feature option=\"pawnHashSizeMB -spin 32 1 1048576\"\n"
             << "feature option=\"gtbCacheSizeMB -spin " << player.gtbCacheSizeMB << " 0 1048576\"\n"
             << "feature option=\"gtbPath -path " << player.gtbPath << "\"\n"
-            << "feature option=\"bookFilePath -path " << player.bookFilePath << "\"\n"
+            << "feature option=\"bookFilePath -path " << player.book.currentPath() << "\"\n"
             << "feature myname=\"Tolva 0.7.0\"" << std::endl;
   // Sizes set since start-up (ini file, option) are applied now, before the
   // host starts a game; never under a running search, which still uses the

@@ -10,6 +10,7 @@
 
 #include "board/fen.h"
 #include "driver/command_loop.h"
+#include "driver/engine_settings.h"
 #include "driver/line_atomic_output.h"
 #include "driver/wb_engine.h"
 
@@ -47,6 +48,8 @@ int runTolva(int argc, char** argv) {
   WBEngine engine;
   seedRandomFromClock();
   std::ios_base::sync_with_stdio(true);
+  // Its warnings and the cores line come before the banner.
+  readIniFile(engine.player, "tolva.ini");
   LineAtomicStandardOutput lineAtomicOutput;
   std::cout << "# Tolva 0.7.0" << '\n'
             << "# a chess engine for the xboard protocol; type 'quit' to leave" << '\n'

@@ -5,6 +5,7 @@
 #include "board/fen.h"
 #include "diagnostics/perft.h"
 #include "diagnostics/self_test.h"
+#include "driver/engine_settings.h"
 
 WBEngine::WBEngine() : player(&timeControl, this) {}
 
@@ -55,9 +56,15 @@ bool WBEngine::cmdTime(const Arguments& args) {
   return true;
 }
 bool WBEngine::cmdEgtpath(const Arguments&) { return true; }
-bool WBEngine::cmdOption(const Arguments&) { return true; }
-bool WBEngine::cmdBook(const Arguments&) { return true; }
-bool WBEngine::cmdNobook(const Arguments&) { return true; }
+bool WBEngine::cmdOption(const Arguments& args) { return applyOption(player, args[0]); }
+bool WBEngine::cmdBook(const Arguments&) {
+  player.bookEnabled = true;
+  return true;
+}
+bool WBEngine::cmdNobook(const Arguments&) {
+  player.bookEnabled = false;
+  return true;
+}
 bool WBEngine::cmdEval(const Arguments&) { return true; }
 
 bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(player, args); }

@@ -15,23 +15,6 @@
 
 namespace {
 
-const std::string prompt = "# Your move: ";
-
-// What the engine prints between the prompts of each input line.
-std::vector<std::string> replies(const std::string& input) {
-  EngineRun run = runEngine(input + "quit\n");
-  EXPECT_EQ(run.exitStatus, 0);
-  std::vector<std::string> pieces;
-  size_t at = run.output.find(prompt);
-  while (at != std::string::npos) {
-    size_t next = run.output.find(prompt, at + prompt.size());
-    if (next == std::string::npos) break;
-    pieces.push_back(run.output.substr(at + prompt.size(), next - at - prompt.size()));
-    at = next;
-  }
-  return pieces;
-}
-
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);
@@ -46,7 +29,7 @@ std::string tempPath(const std::string& name) {
 std::string errorCode(const std::string& line) { return "# command \"" + line + "\" returned an error code \n"; }
 
 TEST(RandomGamesCommandTest, ProgressMarksAndEveryReportLineInItsFormat) {
-  std::vector<std::string> out = replies("randgames 50\nrandgames 3\n");
+  std::vector<std::string> out = repliesTo("randgames 50\nrandgames 3\n");
   ASSERT_EQ(out.size(), 2u);
   const std::string head = "# Playing 50 random games ...\n" + std::string(50, '#') + "\ncalculate average values ...\n";
   EXPECT_EQ(out[0].substr(0, head.size()), head);
@@ -90,7 +73,7 @@ TEST(RandomGamesCommandTest, ProgressMarksAndEveryReportLineInItsFormat) {
 }
 
 TEST(FenFileCommandTest, EachLineTriedWithItsMessagesThenNew) {
-  const std::string newText = replies("new\n").at(0);
+  const std::string newText = repliesTo("new\n").at(0);
   const std::string good = "4k3/8/8/8/8/8/8/4K3 w - - 0 1";
   const std::string longLine = "8/8/8/8/8/8/8/8 w - - 0 1" + std::string(120, ' ') + "x";  // 146 bytes
   const std::string path = tempPath("fens.txt");
@@ -98,7 +81,7 @@ TEST(FenFileCommandTest, EachLineTriedWithItsMessagesThenNew) {
   const std::string empty = tempPath("empty.txt");
   std::ofstream{empty};
 
-  std::vector<std::string> out = replies("test " + path + "\ntest " + empty + "\ntest\ntest /nonexistent/x.fen\ntest /etc\n");
+  std::vector<std::string> out = repliesTo("test " + path + "\ntest " + empty + "\ntest\ntest /nonexistent/x.fen\ntest /etc\n");
   ASSERT_EQ(out.size(), 5u);
   auto tried = [](unsigned n, const std::string& line, bool ok) {
     return "Running test no. " + std::to_string(n) + " for FEN:\n" + line + "\n\n" +
@@ -120,8 +103,8 @@ TEST(FenFileCommandTest, EachLineTriedWithItsMessagesThenNew) {
 
 TEST(RandomPositionsCommandTest, WritesLegalFensThatSetboardAccepts) {
   const std::string path = tempPath("positions.fen");
-  const std::string newText = replies("new\n").at(0);
-  std::vector<std::string> out = replies("randpos 1000 " + path + "\nrandpos 5\n");
+  const std::string newText = repliesTo("new\n").at(0);
+  std::vector<std::string> out = repliesTo("randpos 1000 " + path + "\nrandpos 5\n");
   ASSERT_EQ(out.size(), 2u);
   EXPECT_EQ(out[0], "Wrote 1000 random FENs to file \"" + path + "\"\n" + newText);
   std::vector<std::string> stdoutLines = linesOf(out[1]);
@@ -139,7 +122,7 @@ TEST(RandomPositionsCommandTest, WritesLegalFensThatSetboardAccepts) {
     input += "setboard " + fen + "\n";
   }
   // Every position sets up and can be played: no error, no warning.
-  std::vector<std::string> setups = replies(input);
+  std::vector<std::string> setups = repliesTo(input);
   ASSERT_EQ(setups.size(), fens.size());
   for (size_t i = 0; i < setups.size(); ++i) EXPECT_EQ(setups[i].find("# warning"), std::string::npos) << fens[i];
   for (size_t i = 0; i < setups.size(); ++i) EXPECT_EQ(setups[i].find("error"), std::string::npos) << fens[i];
@@ -156,7 +139,7 @@ TEST(DiagnosticCommandsTest, BadArgumentsGiveErrorsAndLeaveTheEngineWorking) {
   };
   std::string input;
   for (const auto& c : cases) input += c.first + "\n";
-  std::vector<std::string> out = replies(input + "ping 7\n");
+  std::vector<std::string> out = repliesTo(input + "ping 7\n");
   ASSERT_EQ(out.size(), cases.size() + 1);
   for (size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(out[i], cases[i].second + errorCode(cases[i].first));
   EXPECT_EQ(out.back(), "pong 7\n");

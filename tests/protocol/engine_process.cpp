@@ -171,3 +171,17 @@ std::string expectedStartup(bool withBoard) {
   if (withBoard) text += startBoardDiagram();
   return text;
 }
+
+std::vector<std::string> repliesTo(const std::string& input, const std::string& workingDir) {
+  const std::string prompt = "# Your move: ";
+  EngineRun run = runEngine(input + "quit\n", {}, workingDir);
+  std::vector<std::string> pieces;
+  size_t at = run.output.find(prompt);
+  while (at != std::string::npos) {
+    size_t next = run.output.find(prompt, at + prompt.size());
+    if (next == std::string::npos) break;
+    pieces.push_back(run.output.substr(at + prompt.size(), next - at - prompt.size()));
+    at = next;
+  }
+  return pieces;
+}

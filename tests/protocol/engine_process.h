@@ -41,3 +41,7 @@ class EngineSession {
 std::string expectedStartup(bool withBoard = true);
 // The diagram of the start position.
 std::string startBoardDiagram();
+
+// What the engine prints between its prompts, one piece per input line
+// (console mode; `quit` is appended to the input).
+std::vector<std::string> repliesTo(const std::string& input, const std::string& workingDir = "");

@@ -61,7 +61,7 @@ TEST(ProtocolCommandsTest, ProtoverPrintsTheFeaturesInOrder) {
 
 // Needs `option`: hash sizes changed since start-up are applied by protover,
 // their size lines standing between the last feature and "feature done=1".
-TEST(ProtocolCommandsTest, DISABLED_ProtoverAppliesChangedSizes) {
+TEST(ProtocolCommandsTest, ProtoverAppliesChangedSizes) {
   EngineRun run = runEngine("xboard\noption ttHashSizeMB=16\noption pawnHashSizeMB=8\nprotover 2\nprotover 2\nquit\n");
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_EQ(run.output, xboardStart() + "# setting option: ttHashSizeMB=16\n# setting option: pawnHashSizeMB=8\n" +
