@@ -1,5 +1,6 @@
 #include "driver/chess_player.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <thread>
@@ -24,6 +25,7 @@ ChessPlayer::~ChessPlayer() {
   if (!threads.empty()) stopSearch();
   exitThreads();
   threads.clear();
+  closeTablebases(*tablebases);
 }
 
 void ChessPlayer::setupSearch(bool recreate) {
@@ -99,8 +101,16 @@ void ChessPlayer::setCores(uint32_t cores) {
             << ", max=" << maxCores << ")" << std::endl;
 }
 
-void ChessPlayer::reinitTablebases() {
-  // No tablebase store is read yet; the settings are kept for when it is.
+void ChessPlayer::reinitTablebases() { initTablebasesOfType("gaviota", nullptr); }
+
+void ChessPlayer::initTablebasesOfType(const std::string& type, const char* path) {
+  // The search reads the store while it runs: it is stopped first, and the
+  // main loop starts it again when it is still the engine's turn.
+  if (isSearching()) stopSearch();
+  if (type == "gaviota" && path) {
+    std::snprintf(gtbPath, sizeof gtbPath, "%s", path);
+  }
+  initTablebases(*tablebases, type, gtbPath, gtbCacheSizeMB);
 }
 
 void ChessPlayer::think(uint32_t index, void* argument) {

@@ -45,6 +45,9 @@ class ChessPlayer : public SearchInterface {
   // After `option` changed gtbPath or gtbCacheSizeMB: the tablebases are set
   // up again from the new settings.
   void reinitTablebases();
+  // egtpath: tablebases of `type` from `path` (or from gtbPath when null);
+  // any type but "gaviota" turns them off.
+  void initTablebasesOfType(const std::string& type, const char* path);
 
   // The work of every search thread each time it is woken.
   static void think(uint32_t index, void* player);

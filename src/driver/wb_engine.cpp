@@ -55,7 +55,15 @@ bool WBEngine::cmdTime(const Arguments& args) {
   timeControl.setRemaining(player.ply, args[0]);
   return true;
 }
-bool WBEngine::cmdEgtpath(const Arguments&) { return true; }
+bool WBEngine::cmdEgtpath(const Arguments& args) {
+  if (args[0] != "gaviota") {
+    std::cout << "# invalid TB type: " << args[0] << std::endl;
+    return false;
+  }
+  std::cout << "# initializing TB: type=" << args[0] << " path=" << args[1] << std::endl;
+  player.initTablebasesOfType(args[0], args[1].c_str());
+  return true;
+}
 bool WBEngine::cmdOption(const Arguments& args) { return applyOption(player, args[0]); }
 bool WBEngine::cmdBook(const Arguments&) {
   player.bookEnabled = true;
