@@ -114,8 +114,12 @@ bool probeEndgame(uint32_t side, uint32_t epSquare, const uint32_t* whiteSquares
 
   // Two kings: no file, only the test of their squares.
   if (white.count == 1 && black.count == 1) {
+    // The family numbers a third man too: any free square stands in for it.
+    uint32_t spare = 0;
+    while (spare == white.squares[0] || spare == black.squares[0]) ++spare;
+    const uint32_t kings[3] = {white.squares[0], spare, ListEnd};
     uint32_t index;
-    kind = indexFamilies[FamilyKxk].positionToIndex(white.squares, black.squares, index) ? 0 : 3;
+    kind = indexFamilies[FamilyKxk].positionToIndex(kings, black.squares, index) ? 0 : 3;
     return true;
   }
 

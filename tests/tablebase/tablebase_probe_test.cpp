@@ -6,6 +6,7 @@
 #include "board/fen.h"
 #include "retrograde_solver.h"
 #include "tablebase/block_cache.h"
+#include "tablebase/endgame_catalogue.h"
 #include "tablebase/search_probe.h"
 
 namespace {
@@ -73,6 +74,108 @@ TEST(TablebaseProbeTest, EveryLegalPositionMatchesTheRetrogradeSolution) {
     }
   }
   closeTablebases(state);
+}
+
+}  // namespace
+
+namespace {
+
+std::unique_ptr<Board_0x88> boardOf(const char* fen) {
+  auto b = std::make_unique<Board_0x88>();
+  EXPECT_TRUE(setupFromFen(*b, fen)) << fen;
+  return b;
+}
+
+// A soft probe: true only when the block is in the cache.
+bool cached(const TablebaseState& state, const char* fen) {
+  auto b = boardOf(fen);
+  int32_t score;
+  return b->sideToMove == White ? probeInSearch<White>(&state, *b, 1, 20, score)
+                                : probeInSearch<Black>(&state, *b, 1, 20, score);
+}
+
+bool hardProbe(const TablebaseState& state, const char* fen, int32_t& score) {
+  auto b = boardOf(fen);
+  return b->sideToMove == White ? probeTablebase<White>(&state, *b, score) : probeTablebase<Black>(&state, *b, score);
+}
+
+TEST(TablebaseProbeTest, CacheKeepsTheMostRecentlyUsedBlocks) {
+  // kpk has six blocks a side; the pawn's square picks the block.
+  const char* kpk[] = {"k7/8/8/8/8/8/P7/4K3 w - - 0 1", "k7/8/8/8/P7/8/8/4K3 w - - 0 1",
+                       "k7/8/P7/8/8/8/8/4K3 w - - 0 1"};
+  TablebaseState state;
+  int32_t score;
+  // 0 MB still gives one block: each new block replaces it.
+  initTablebases(state, "gaviota", gtb4.c_str(), 0);
+  EXPECT_EQ(blockCache.blockCount, 1u);
+  ASSERT_TRUE(hardProbe(state, "8/8/8/4k3/8/8/8/KQ6 w - - 0 1", score));
+  EXPECT_TRUE(cached(state, "8/8/8/4k3/8/8/8/KQ6 w - - 0 1"));
+  ASSERT_TRUE(hardProbe(state, "8/8/8/4k3/8/8/8/KR6 w - - 0 1", score));
+  EXPECT_FALSE(cached(state, "8/8/8/4k3/8/8/8/KQ6 w - - 0 1"));
+  EXPECT_TRUE(cached(state, "8/8/8/4k3/8/8/8/KR6 w - - 0 1"));
+
+  // 1 MB: eight blocks. Fill them, use the oldest again, then load a ninth: the second goes.
+  initTablebases(state, "gaviota", gtb4.c_str(), 1);
+  EXPECT_EQ(blockCache.blockCount, 8u);
+  const char* blocks[9] = {"8/8/8/4k3/8/8/8/KQ6 w - - 0 1", "8/8/8/4k3/8/8/8/KQ6 b - - 0 1",
+                           "8/8/8/4k3/8/8/8/KR6 w - - 0 1", "8/8/8/4k3/8/8/8/KR6 b - - 0 1",
+                           "8/8/8/4k3/8/8/8/KB6 w - - 0 1", "8/8/8/4k3/8/8/8/KN6 w - - 0 1",
+                           kpk[0],                          kpk[1],
+                           kpk[2]};
+  for (int i = 0; i < 8; ++i) ASSERT_TRUE(hardProbe(state, blocks[i], score)) << blocks[i];
+  ASSERT_EQ(blockCache.used, 8u);
+  for (int i = 0; i < 8; ++i) EXPECT_TRUE(cached(state, blocks[i])) << blocks[i];
+  EXPECT_TRUE(cached(state, blocks[0]));  // the oldest becomes the newest
+  ASSERT_TRUE(hardProbe(state, blocks[8], score));
+  EXPECT_TRUE(cached(state, blocks[0]));
+  EXPECT_FALSE(cached(state, blocks[1]));
+  for (int i = 2; i < 9; ++i) EXPECT_TRUE(cached(state, blocks[i])) << blocks[i];
+  closeTablebases(state);
+}
+
+TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
+  TablebaseState state;
+  int32_t score;
+  const char* kqk = "8/8/8/4k3/8/8/8/KQ6 w - - 0 1";
+  auto board = boardOf(kqk);
+  // Off until set up, and off again for another type.
+  EXPECT_FALSE(hardProbe(state, kqk, score));
+  initTablebases(state, "syzygy", gtb4.c_str(), 16);
+  EXPECT_FALSE(state.available);
+
+  // Two directories, with an empty piece between them.
+  for (const char* paths : {"/nonexistent;", "/nonexistent;;", ";/nonexistent;;"}) {
+    std::string list = std::string(paths) + gtb4;
+    initTablebases(state, "gaviota", list.c_str(), 16);
+    EXPECT_EQ(state.paths.size(), 2u) << paths;
+    EXPECT_TRUE(hardProbe(state, kqk, score)) << paths;
+  }
+
+  // Soft or hard by the iteration and the depth left; never at depth 0 or with six men.
+  initTablebases(state, "gaviota", gtb4.c_str(), 16);
+  const struct {
+    uint32_t depth, iteration;
+    bool answers;  // on an empty cache: only a hard probe
+  } rules[] = {{2, 9, false}, {3, 9, true}, {0, 3, false}, {1, 6, true}, {4, 11, false}, {5, 11, true}, {30, 12, false}};
+  for (const auto& r : rules) {
+    initTablebases(state, "gaviota", gtb4.c_str(), 16);
+    EXPECT_EQ(probeInSearch<White>(&state, *board, r.depth, r.iteration, score), r.answers)
+        << "depth " << r.depth << " iteration " << r.iteration;
+  }
+  auto six = boardOf("8/8/8/4k3/8/8/PPP5/KQ6 w - - 0 1");
+  EXPECT_FALSE(probeInSearch<White>(&state, *six, 5, 1, score));
+
+  // Castling rights: no probe. Two kings: a draw without any file.
+  EXPECT_FALSE(hardProbe(state, "4k3/8/8/8/8/8/8/R3K3 w Q - 0 1", score));
+  ASSERT_TRUE(hardProbe(state, "4k3/8/8/8/8/8/8/4K3 w - - 0 1", score));
+  EXPECT_EQ(score, 0);
+  // A missing file fails its first hard probe and marks the endgame: no second look.
+  EXPECT_FALSE(hardProbe(state, "4k3/8/8/8/8/8/8/QQ2K3 w - - 0 1", score));
+  int32_t kqqk;
+  ASSERT_TRUE(findEndgame((const uint8_t[]){6, 5, 5, 0}, (const uint8_t[]){6, 0}, kqqk));
+  EXPECT_EQ(endgameCatalogue[kqqk].status, 4u);
+  closeTablebases(state);
+  EXPECT_EQ(endgameCatalogue[kqqk].status, 0u);
 }
 
 }  // namespace
