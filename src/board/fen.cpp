@@ -85,7 +85,7 @@ long long readInteger(const char* text) {
 
 enum class FieldResult { Fail, Accept, Continue };
 
-FieldResult readEnPassant(Board_0x88& board, const char*& p) {
+FieldResult readEnPassant(Board_0x88& board, const char*& p, FenRepairs& repairs) {
   if (*p == '-') {
     ++p;
     if (*p == '\0') return FieldResult::Accept;
@@ -102,6 +102,14 @@ FieldResult readEnPassant(Board_0x88& board, const char*& p) {
   Square ep = makeSquare(file, rank);
   Square pawnSq = Square(ep - (us == White ? 16 : -16));
   if (board.piece[pawnSq] != Pawn || board.color[pawnSq] != them) return FieldResult::Fail;
+  // A pawn that has just passed the square left it and the one behind it empty.
+  Square behind = Square(ep + (us == White ? 16 : -16));
+  if (board.piece[ep] != NoPiece || board.piece[behind] != NoPiece) {
+    repairs.droppedEnPassant = ep;
+    p += 2;
+    if (*p == ' ') return FieldResult::Continue;
+    return *p == '\0' ? FieldResult::Accept : FieldResult::Fail;
+  }
   // Only a usable capture makes an en-passant square, as in make.
   bool capturer = false;
   for (int d : {-1, +1}) {
@@ -134,9 +142,63 @@ bool readNumbers(Board_0x88& board, const char* text) {
   return true;
 }
 
+// Rights need their king and rook at home; the others are dropped with their keys.
+void dropUnplayableRights(Board_0x88& board, FenRepairs& repairs) {
+  struct Right {
+    uint8_t bit;
+    Square king, rook;
+    Color color;
+  };
+  const Right rights[4] = {{CastleWK, 4, 7, White}, {CastleWQ, 4, 0, White}, {CastleBK, 116, 119, Black},
+                           {CastleBQ, 116, 112, Black}};
+  for (const Right& r : rights) {
+    if (!(board.castlingRights & r.bit)) continue;
+    bool home = board.piece[r.king] == King && board.color[r.king] == r.color && board.piece[r.rook] == Rook &&
+                board.color[r.rook] == r.color;
+    if (home) continue;
+    board.castlingRights &= uint8_t(~r.bit);
+    board.currentRecord().hashKey ^= castlingKey[r.bit];
+    repairs.droppedRights |= r.bit;
+  }
+}
+
+bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs);
+
 }  // namespace
 
-bool setupFromFen(Board_0x88& board, const char* text) {
+std::string describeRepairs(const FenRepairs& repairs) {
+  std::string text;
+  if (repairs.droppedRights) {
+    text += "# warning: castling rights without their king or rook at home dropped: ";
+    for (int bit = 0; bit < 4; ++bit)
+      if (repairs.droppedRights & (1 << bit)) text += "KQkq"[bit];
+    text += '\n';
+  }
+  if (repairs.droppedEnPassant != NoSquare) {
+    text += "# warning: en-passant square ";
+    text += char('a' + fileOf(repairs.droppedEnPassant));
+    text += char('1' + rankOf(repairs.droppedEnPassant));
+    text += " dropped: no pawn can have passed it\n";
+  }
+  return text;
+}
+
+bool setupFromFen(Board_0x88& board, const char* text, FenRepairs* repairs) {
+  FenRepairs local;
+  FenRepairs& found = repairs ? *repairs : local;
+  found = FenRepairs{};
+  if (readFen(board, text, found)) {
+    dropUnplayableRights(board, found);
+    return true;
+  }
+  board.clear();
+  found = FenRepairs{};
+  return false;
+}
+
+namespace {
+
+bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs) {
   board.clear();
   const char* p = text;
   if (*p == ' ') return false;
@@ -155,7 +217,7 @@ bool setupFromFen(Board_0x88& board, const char* text) {
   ++p;
   if (!readCastling(board, p)) return false;
   ++p;
-  switch (readEnPassant(board, p)) {
+  switch (readEnPassant(board, p, repairs)) {
     case FieldResult::Fail: return false;
     case FieldResult::Accept: return true;
     case FieldResult::Continue: break;
@@ -164,11 +226,13 @@ bool setupFromFen(Board_0x88& board, const char* text) {
   return readNumbers(board, p);
 }
 
-bool setPositionFromWords(Board_0x88& board, const std::vector<std::string>& words) {
+}  // namespace
+
+bool setPositionFromWords(Board_0x88& board, const std::vector<std::string>& words, FenRepairs* repairs) {
   std::string text;
   for (size_t i = 0; i < words.size(); ++i) {
     if (i) text += ' ';
     text += words[i];
   }
-  return setupFromFen(board, text.c_str());
+  return setupFromFen(board, text.c_str(), repairs);
 }

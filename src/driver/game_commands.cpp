@@ -61,7 +61,9 @@ bool WBEngine::cmdPlayother(const Arguments&) {
 }
 
 bool WBEngine::cmdSetboard(const Arguments& args) {
-  bool accepted = setPositionFromWords(*player.board, args);
+  FenRepairs repairs;
+  bool accepted = setPositionFromWords(*player.board, args, &repairs);
+  std::cout << describeRepairs(repairs) << std::flush;
   // Moves before this position can't be taken back on it.
   player.setupPly = player.ply;
   if (analyzeMode) {

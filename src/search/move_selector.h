@@ -89,7 +89,12 @@ class MoveSelector {
   ScoredMove* stageAll();
   template <Color C>
   ScoredMove* stageEvasionsUnsorted();
+  template <Color C>
   ScoredMove* stagePv();
+  // A hint from the line or the table: a torn table entry or a key collision
+  // can make it any move at all, so it is tested like a generated one.
+  template <Color C>
+  bool isUsableHint(Move m) const;
   template <Color C>
   ScoredMove* stageTT();
   template <Color C>
@@ -157,11 +162,21 @@ inline ScoredMove* MoveSelector::stageEvasionsUnsorted() {
   return takeUnsorted();
 }
 
-// The hint comes from the line of this very position and needs no test.
+template <Color C>
+inline bool MoveSelector::isUsableHint(Move m) const {
+  return ::isPseudoLegal<C>(*board, m) &&
+         (checkInfo.count != 0 ? isLegalEvasion<C>(*board, m) : isLegalWhenNotInCheck<C>(*board, m, pins));
+}
+
+// The line's first move comes from a table cut-off of the last iteration as
+// often as from a search, so it passes the same test as the table move.
+template <Color C>
 inline ScoredMove* MoveSelector::stagePv() {
   if (stageReady || pvMove.move == NoMove) return nullptr;
   stageReady = true;
-  return &pvMove;
+  if (isUsableHint<C>(pvMove.move)) return &pvMove;
+  pvMove.move = NoMove;
+  return nullptr;
 }
 
 template <Color C>
@@ -169,10 +184,7 @@ inline ScoredMove* MoveSelector::stageTT() {
   if (stageReady) return nullptr;
   stageReady = true;
   if (ttMove.move == NoMove || sameMove(ttMove.move, pvMove.move)) return nullptr;
-  const bool usable = ::isPseudoLegal<C>(*board, ttMove.move) &&
-                      (checkInfo.count != 0 ? isLegalEvasion<C>(*board, ttMove.move)
-                                            : isLegalWhenNotInCheck<C>(*board, ttMove.move, pins));
-  if (usable) return &ttMove;
+  if (isUsableHint<C>(ttMove.move)) return &ttMove;
   // A stale hint is dropped, and must not shadow a generated move that merely
   // shares its squares.
   ttMove.move = NoMove;
@@ -295,7 +307,7 @@ inline ScoredMove* MoveSelector::next() {
         if constexpr (Evasions) found = stageEvasionsUnsorted<C>();
         break;
       case StagePvMove:
-        found = stagePv();
+        found = stagePv<C>();
         break;
       case StageTTMove:
         found = stageTT<C>();

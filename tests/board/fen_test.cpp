@@ -106,9 +106,6 @@ TEST(FenTest, AcceptsWhatTheRulesAllow) {
   // Two blanks where the castling field stands: no rights.
   EXPECT_TRUE(setupFromFen(b, "r3k2r/8/8/8/8/8/8/R3K2R w  - 0 1"));
   EXPECT_EQ(b.castlingRights, 0);
-  // Rights are trusted, not compared with the placement.
-  EXPECT_TRUE(setupFromFen(b, "8/8/8/8/8/8/8/4K3 b KQkq - 0 1"));
-  EXPECT_EQ(b.castlingRights, 15);
   // A text may end behind the en-passant field.
   EXPECT_TRUE(setupFromFen(b, "4k3/8/8/8/8/8/8/4K3 w - -"));
   EXPECT_EQ(b.halfMoveClock, 0);
@@ -124,6 +121,47 @@ TEST(FenTest, AcceptsWhatTheRulesAllow) {
   EXPECT_TRUE(setupFromFen(b, ("4k3/8/8/8/8/8/8/4K3 w - - 3 " + std::string(5000, '9')).c_str()));
   EXPECT_EQ(b.halfMoveClock, 3);
   expectConsistent(b);
+}
+
+TEST(FenTest, DropsRightsAndEnPassantSquaresThatCantBePlayed) {
+  const struct {
+    const char* fen;
+    uint8_t rights;
+    const char* ep;  // as kept
+    const char* warnings;
+  } cases[] = {
+      {"8/8/8/8/8/8/8/4K3 b KQkq - 0 1", 0, "-",
+       "# warning: castling rights without their king or rook at home dropped: KQkq\n"},
+      {"r3k2r/8/8/8/8/8/8/RK5R w KQkq - 0 1", CastleBK | CastleBQ, "-",
+       "# warning: castling rights without their king or rook at home dropped: KQ\n"},
+      {"k7/8/8/8/8/8/8/NNNNKNNN w Kk - 0 1", 0, "-",
+       "# warning: castling rights without their king or rook at home dropped: Kk\n"},
+      {"r3k1r1/8/8/8/8/8/8/R3K2R b KQkq - 0 1", CastleWK | CastleWQ | CastleBQ, "-",
+       "# warning: castling rights without their king or rook at home dropped: k\n"},
+      {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", 15, "-", ""},
+      // A pawn stands on the square it is said to have passed, or behind it.
+      {"4k3/8/3p4/3pP3/8/8/8/4K3 w - d6 0 1", 0, "-",
+       "# warning: en-passant square d6 dropped: no pawn can have passed it\n"},
+      {"4k3/3n4/8/3pP3/8/8/8/4K3 w - d6 0 1", 0, "-",
+       "# warning: en-passant square d6 dropped: no pawn can have passed it\n"},
+      {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", 0, "d6", ""},
+  };
+  for (const auto& c : cases) {
+    Board_0x88 b, clean;
+    FenRepairs repairs;
+    ASSERT_TRUE(setupFromFen(b, c.fen, &repairs)) << c.fen;
+    EXPECT_EQ(b.castlingRights, c.rights) << c.fen;
+    EXPECT_EQ(describeRepairs(repairs), c.warnings) << c.fen;
+    const std::string ep = b.epSquare == NoSquare ? "-" : std::string{char('a' + fileOf(b.epSquare)), char('1' + rankOf(b.epSquare))};
+    EXPECT_EQ(ep, c.ep) << c.fen;
+    // The key is that of the repaired position.
+    EXPECT_EQ(b.currentRecord().hashKey, b.computeFullHash()) << c.fen;
+  }
+  // A refused text leaves no half-filled board behind: nothing has a side to move.
+  Board_0x88 b;
+  EXPECT_FALSE(setupFromFen(b, "4k3/8/3p4/3pP3/8/8/8/4K3 w - d6 0"));
+  EXPECT_EQ(b.sideToMove, NoColor);
+  EXPECT_EQ(b.side[White].total + b.side[Black].total, 0);
 }
 
 TEST(FenTest, RefusesWhatTheRulesForbid) {

@@ -147,12 +147,13 @@ TEST(CommandLoopTest, SetboardShowsThePositionAndSurvivesARefusal) {
       "quit\n");
   EXPECT_EQ(run.exitStatus, 0);
   const std::string kr = "# ....k...\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ....K..R\n#\n";
-  const std::string halfway =
-      "# ....k...\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n#\n";
+  // A refused text leaves an empty board, never a half-filled one.
+  const std::string cleared =
+      "# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n#\n";
   const std::string kings = "# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# K.k.....\n#\n";
   std::string expected = expectedStartup() + prompt + kr + prompt;
-  expected += commandError("setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0") + kr + prompt;
-  expected += commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + halfway + prompt;
+  expected += commandError("setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0") + cleared + prompt;
+  expected += commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + cleared + prompt;
   // Two bare kings: the game is over as soon as the position stands.
   expected += "1/2-1/2 {Draw by insufficient material}\n" + kings + prompt;
   EXPECT_EQ(run.output, expected);

@@ -215,10 +215,13 @@ TEST(MoveSelector, StaleHintsAndKillersAreDropped) {
   // piece, a pawn capture to an empty square, castling shaped as a king step.
   const Move stale[] = {encodeMove88(sq("d1"), sq("d6")), encodeMove88(sq("c6"), sq("e5")),
                         encodeMove88(sq("d4"), sq("e5")), encodeMove88(sq("e1"), sq("g1"))};
-  for (Move tt : stale) {
-    std::vector<ScoredMove> out = drain(*b, 3, NoMove, tt);
-    EXPECT_EQ(bitsOf(out), all) << moveToString(tt);
-    EXPECT_EQ(texts(out)[0], "d4c5") << moveToString(tt);
+  // The line's first move gets the same test: after a table cut-off it is a table move.
+  for (Move hint : stale) {
+    for (bool asLine : {false, true}) {
+      std::vector<ScoredMove> out = asLine ? drain(*b, 3, hint, NoMove) : drain(*b, 3, NoMove, hint);
+      EXPECT_EQ(bitsOf(out), all) << moveToString(hint) << (asLine ? " as line move" : " as table move");
+      EXPECT_EQ(texts(out)[0], "d4c5") << moveToString(hint);
+    }
   }
   // The king step e1g1 shares its squares with castling: castling is still handed out.
   EXPECT_GE(indexOf(drain(*b, 3, NoMove, stale[3]), "e1g1"), 0);
