@@ -132,7 +132,7 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   // Never in analysis: only a timed search asks the book.
   if (!decided && tc.timed && player.bookEnabled && player.book.probe(*player.board, move)) decided = true;
   if (!decided && !self.stopRequested()) {
-    if (player.pawnHash) player.pawnHash->hits = 0;
+    if (player.pawnHash) player.pawnHash->hits.set(0);
     if (!player.outOfBook) {
       tc.correctOutOfBook(player.ply);
       player.outOfBook = true;
@@ -213,6 +213,6 @@ void ChessPlayer::collectStatistics() {
     uint32_t sel = uint32_t(s.selDepth.get());
     if (sel > sum.selDepth) sum.selDepth = sel;
   }
-  sum.pawnHashHits = pawnHash ? pawnHash->hits : 0;
+  sum.pawnHashHits = pawnHash ? pawnHash->hits.get() : 0;
   totals = sum;
 }

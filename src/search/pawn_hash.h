@@ -2,16 +2,20 @@
 #include <cstdint>
 
 #include "search/hash_table.h"
+#include "search/search_statistics.h"
 
-// The evaluation of one pawn structure; 32 bytes, one per bucket.
+// The evaluation of one pawn structure; 32 bytes, one per bucket. `key` is
+// stored XOR the three data words, so that an entry torn by two threads
+// writing at once fails its key test instead of mixing two structures.
 struct PawnHashEntry {
   uint64_t key;
-  uint8_t data[24];
+  uint64_t pawns[2];
+  uint64_t packed;  // score mg and eg, open files, half-open files
 };
 static_assert(sizeof(PawnHashEntry) == 32);
 
 class PawnHash : public HashTable<PawnHashEntry, 1> {
  public:
   PawnHash() : HashTable("Pawn hash") {}
-  uint64_t hits = 0;
+  RelaxedCounter hits;  // raised by every search thread
 };

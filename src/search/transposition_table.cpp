@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "search/relaxed_field.h"
+
 namespace {
 
 // Several threads read and write the same entries at once. Each field is a
@@ -9,11 +11,11 @@ namespace {
 // fields, which the search tolerates (a table move is checked before use).
 template <typename T>
 inline T load(const T& field) {
-  return std::atomic_ref<T>(const_cast<T&>(field)).load(std::memory_order_relaxed);
+  return loadRelaxed(field);
 }
 template <typename T>
 inline void store(T& field, T value) {
-  std::atomic_ref<T>(field).store(value, std::memory_order_relaxed);
+  storeRelaxed(field, value);
 }
 
 constexpr uint64_t FillSampleBuckets = 16384;
