@@ -6,6 +6,7 @@
 #include "diagnostics/perft.h"
 #include "diagnostics/self_test.h"
 #include "driver/engine_settings.h"
+#include "eval/evaluation_report.h"
 
 WBEngine::WBEngine() : player(&timeControl, this) {}
 
@@ -73,7 +74,15 @@ bool WBEngine::cmdNobook(const Arguments&) {
   player.bookEnabled = false;
   return true;
 }
-bool WBEngine::cmdEval(const Arguments&) { return true; }
+bool WBEngine::cmdEval(const Arguments&) {
+  // Evaluation needs both kings and sound lists; a refused or kingless board has no score.
+  if (!player.hasPlayablePosition() || !player.pawnHash) {
+    std::cout << "Error (no position to evaluate)" << std::endl;
+    return false;
+  }
+  printEvaluation(*player.board, *player.pawnHash);
+  return true;
+}
 
 bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(player, args); }
 

@@ -50,8 +50,14 @@ MateDrivers computeMateDrivers(const Board_0x88& board, int m) {
   return d;
 }
 
+template <typename Rec>
 int mateBranchScore(const Board_0x88& board, int phase, int m) {
   MateDrivers d = computeMateDrivers(board, m);
+  auto both = [](int x) { return ScorePair{int16_t(x), int16_t(x)}; };
+  Rec::add(RowKingEdgeDistance, d.weak, both(d.kingEdge));
+  Rec::add(RowKingDistance, d.strong, both(d.kingDistance));
+  Rec::add(RowSafeCorner, d.weak, both(d.safeCorner));
+  Rec::add(RowSideToMove, Color(board.sideToMove), ScorePair{MaxPhase, 0});
   int a[2] = {m, 0};
   Color us = Color(board.sideToMove);
   a[us] += phase;
@@ -59,3 +65,6 @@ int mateBranchScore(const Board_0x88& board, int phase, int m) {
   a[d.strong] += d.kingDistance;
   return a[us] - a[opponent(us)];
 }
+
+template int mateBranchScore<NoRecord>(const Board_0x88&, int, int);
+template int mateBranchScore<ReportRecord>(const Board_0x88&, int, int);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "eval/eval_record.h"
 
 // Rings of the board by Square64: 0 on the edge, 3 on the four centre squares.
 inline constexpr std::array<uint8_t, 64> kingEdgeTable = [] {
@@ -44,4 +45,5 @@ MateDrivers computeMateDrivers(const Board_0x88& board, int m);
 
 // The final score of the mate branch from the side to move's view: material,
 // the side-to-move bonus and the drivers, nothing else.
+template <typename Rec = NoRecord>
 int mateBranchScore(const Board_0x88& board, int phase, int m);

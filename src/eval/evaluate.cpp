@@ -1,5 +1,7 @@
 #include "eval/evaluate.h"
 
+#include <type_traits>
+
 #include "eval/endgame_drivers.h"
 #include "eval/king_safety.h"
 #include "eval/piece_activity.h"
@@ -11,7 +13,7 @@ namespace {
 
 // The positional sum of side C: each piece in list order, then its passed
 // pawns, then its king.
-template <Color C>
+template <Color C, typename Rec>
 ScorePair positionalTerms(const Board_0x88& board, const PawnInfo& pawns, const MaterialInfo& info) {
   constexpr Color Them = opponent(C);
   ScorePair sum{0, 0};
@@ -20,26 +22,31 @@ ScorePair positionalTerms(const Board_0x88& board, const PawnInfo& pawns, const 
     Square sq = set.square[s];
     if (sq & 0x88) continue;
     PieceType type = PieceType(board.piece[sq]);
-    sum += pieceActivity<C>(board, sq, type, pawns);
-    sum += kingTropism<C>(board, sq, type);
+    sum += pieceActivity<C, Rec>(board, sq, type, pawns);
+    sum += kingTropism<C, Rec>(board, sq, type);
   }
-  sum += passedPawnTerms<C>(board, pawns, info.signature[Them]);
-  sum += kingSafety<C>(board, pawns, info.signature[Them]);
+  sum += passedPawnTerms<C, Rec>(board, pawns, info.signature[Them]);
+  sum += kingSafety<C, Rec>(board, pawns, info.signature[Them]);
   return sum;
 }
 
-template <Color Us>
+template <Color Us, typename Rec>
 int32_t evaluateFor(const Board_0x88& board, PawnHash& pawnHash, int32_t alpha, int32_t beta) {
   constexpr Color Them = opponent(Us);
   MaterialInfo info;
   computeMaterial(info, board);
 
   int scaleFactor = computeScaleFactor(board, info);
+  if constexpr (!std::is_same_v<Rec, NoRecord>) Rec::scaleFactor = scaleFactor;
   if (scaleFactor == 0) return 0;
 
   const int phase = info.phase;
   int m = taper(info.material, phase);
-  if (takesMateBranch(info, m)) return mateBranchScore(board, phase, m);
+  if (takesMateBranch(info, m)) return mateBranchScore<Rec>(board, phase, m);
+  Rec::add(RowMaterial, White, info.material);
+  Rec::add(RowPst, White, board.psq[White]);
+  Rec::add(RowPst, Black, board.psq[Black]);
+  Rec::add(RowSideToMove, Us, ScorePair{MaxPhase, 0});
 
   int own[2] = {m + taper(board.psq[White], phase), taper(board.psq[Black], phase)};
   own[Us] += phase;  // side to move: (24, 0) tapered
@@ -53,9 +60,9 @@ int32_t evaluateFor(const Board_0x88& board, PawnHash& pawnHash, int32_t alpha, 
   }
 
   PawnInfo pawns{};
-  int p = taper(evaluatePawnStructure(board, pawnHash, pawns), phase);
-  int wp = taper(positionalTerms<White>(board, pawns, info), phase);
-  int bp = taper(positionalTerms<Black>(board, pawns, info), phase);
+  int p = taper(evaluatePawnStructure<Rec>(board, pawnHash, pawns), phase);
+  int wp = taper(positionalTerms<White, Rec>(board, pawns, info), phase);
+  int bp = taper(positionalTerms<Black, Rec>(board, pawns, info), phase);
   int pos = wp + p - bp;
   if (Us == Black) pos = -pos;
 
@@ -68,6 +75,12 @@ int32_t evaluateFor(const Board_0x88& board, PawnHash& pawnHash, int32_t alpha, 
 }  // namespace
 
 int32_t evaluate(Board_0x88& board, PawnHash& pawnHash, int32_t alpha, int32_t beta) {
-  if (board.sideToMove == White) return evaluateFor<White>(board, pawnHash, alpha, beta);
-  return evaluateFor<Black>(board, pawnHash, alpha, beta);
+  if (board.sideToMove == White) return evaluateFor<White, NoRecord>(board, pawnHash, alpha, beta);
+  return evaluateFor<Black, NoRecord>(board, pawnHash, alpha, beta);
+}
+
+int32_t evaluateWithReport(const Board_0x88& board, PawnHash& pawnHash) {
+  ReportRecord::clear();
+  if (board.sideToMove == White) return evaluateFor<White, ReportRecord>(board, pawnHash, FullWindowAlpha, FullWindowBeta);
+  return evaluateFor<Black, ReportRecord>(board, pawnHash, FullWindowAlpha, FullWindowBeta);
 }

@@ -33,3 +33,7 @@ constexpr bool takesMateBranch(const MaterialInfo& info, int taperedMaterial) {
 // Outside [alpha, beta] it may return a bound just beyond the window instead.
 // Leaves the board as it was; may read and overwrite one pawn hash entry.
 int32_t evaluate(Board_0x88& board, PawnHash& pawnHash, int32_t alpha, int32_t beta);
+
+// The same evaluation with the full window, each term also written into the
+// rows and the scale factor of ReportRecord. For the eval command.
+int32_t evaluateWithReport(const Board_0x88& board, PawnHash& pawnHash);

@@ -101,7 +101,7 @@ void initKingSafetyTables() {
   buildKingTropismRows(0x70, 0x808080808080FEULL);
 }
 
-template <Color C>
+template <Color C, typename Rec>
 ScorePair kingSafety(const Board_0x88& board, const PawnInfo& pawns, MaterialSignature enemy) {
   const Square king = board.side[C].square[0];
   ScorePair sum{int16_t(-10 * pawnShieldTable[pawnShieldIndex<C>(king, pawns.pawns[C])]), 0};
@@ -111,20 +111,27 @@ ScorePair kingSafety(const Board_0x88& board, const PawnInfo& pawns, MaterialSig
   if (pawns.openFiles & (1 << f)) sum += ScorePair{int16_t(-31 * heavy), int16_t(-12 * heavy)};
   if (f > 0 && (pawns.openFiles & (1 << (f - 1)))) sum += ScorePair{int16_t(-4 * heavy), int16_t(-14 * heavy)};
   if (f < 7 && (pawns.openFiles & (1 << (f + 1)))) sum += ScorePair{int16_t(-4 * heavy), int16_t(-14 * heavy)};
+  Rec::add(RowKingSafety, C, sum);
   return sum;
 }
 
-template <Color C>
+template <Color C, typename Rec>
 ScorePair kingTropism(const Board_0x88& board, Square sq, PieceType type) {
   const Square king = board.side[opponent(C)].square[0];
   // A pawn past the enemy king's rank bears on it no more.
   if (type == Pawn && (C == White ? rankOf(sq) > rankOf(king) : rankOf(sq) < rankOf(king))) return ScorePair{0, 0};
   const uint32_t count = kingTropismTable[type - 1][std::abs(int(sq) - int(king))];
   const ScorePair w = kingTropismWeight[type];
-  return ScorePair{int16_t(count * w.mg), int16_t(count * w.eg)};
+  const ScorePair tropism{int16_t(count * w.mg), int16_t(count * w.eg)};
+  Rec::add(RowKingTropism, C, tropism);
+  return tropism;
 }
 
-template ScorePair kingSafety<White>(const Board_0x88&, const PawnInfo&, MaterialSignature);
-template ScorePair kingSafety<Black>(const Board_0x88&, const PawnInfo&, MaterialSignature);
-template ScorePair kingTropism<White>(const Board_0x88&, Square, PieceType);
-template ScorePair kingTropism<Black>(const Board_0x88&, Square, PieceType);
+template ScorePair kingSafety<White, NoRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair kingSafety<Black, NoRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair kingSafety<White, ReportRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair kingSafety<Black, ReportRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair kingTropism<White, NoRecord>(const Board_0x88&, Square, PieceType);
+template ScorePair kingTropism<Black, NoRecord>(const Board_0x88&, Square, PieceType);
+template ScorePair kingTropism<White, ReportRecord>(const Board_0x88&, Square, PieceType);
+template ScorePair kingTropism<Black, ReportRecord>(const Board_0x88&, Square, PieceType);

@@ -2,6 +2,7 @@
 
 #include "board/board.h"
 #include "board/score_pair.h"
+#include "eval/eval_record.h"
 #include "eval/material.h"
 #include "eval/pawn_structure.h"
 
@@ -9,9 +10,9 @@
 void initKingSafetyTables();
 
 // Pawn shield and open files at the king of side C.
-template <Color C>
+template <Color C, typename Rec = NoRecord>
 ScorePair kingSafety(const Board_0x88& board, const PawnInfo& pawns, MaterialSignature enemy);
 
 // Tropism of one piece of side C on sq toward the enemy king.
-template <Color C>
+template <Color C, typename Rec = NoRecord>
 ScorePair kingTropism(const Board_0x88& board, Square sq, PieceType type);

@@ -115,6 +115,7 @@ void initPawnStructureTables() {
     }
 }
 
+template <typename Rec>
 ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, PawnInfo& info) {
   const uint64_t key = board.history[board.ply].pawnHashKey;
   if (key == 0) return ScorePair{0, 0};
@@ -127,6 +128,7 @@ ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, Paw
     info.pawns[White] = p0;
     info.pawns[Black] = p1;
     score = ScorePair{int16_t(uint16_t(packed)), int16_t(uint16_t(packed >> 16))};
+    Rec::add(RowPawnStructure, White, score);
     info.openFiles = uint8_t(packed >> 32);
     info.halfOpenFiles = uint8_t(packed >> 40);
   } else {
@@ -145,6 +147,8 @@ ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, Paw
     const ScorePair w = structureOf<White>(info.pawns, info.pawnFileCount[White]);
     const ScorePair b = structureOf<Black>(info.pawns, info.pawnFileCount[Black]);
     score = w - b;
+    Rec::add(RowWeakPawns, White, w);
+    Rec::add(RowWeakPawns, Black, b);
     const uint64_t data = pack(score, info.openFiles, info.halfOpenFiles);
     storeRelaxed(slot.pawns[0], info.pawns[White]);
     storeRelaxed(slot.pawns[1], info.pawns[Black]);
@@ -158,7 +162,7 @@ ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, Paw
   return score;
 }
 
-template <Color C>
+template <Color C, typename Rec>
 ScorePair passedPawnTerms(const Board_0x88& board, const PawnInfo& info, MaterialSignature enemy) {
   constexpr Color Them = opponent(C);
   ScorePair sum{0, 0};
@@ -183,8 +187,13 @@ ScorePair passedPawnTerms(const Board_0x88& board, const PawnInfo& info, Materia
     if (board.sideToMove == Them) --kd;
     if (kd > d) sum += unstoppablePawnBonus[d];
   }
+  Rec::add(RowPassedPawns, C, sum);
   return sum;
 }
 
-template ScorePair passedPawnTerms<White>(const Board_0x88&, const PawnInfo&, MaterialSignature);
-template ScorePair passedPawnTerms<Black>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair evaluatePawnStructure<NoRecord>(const Board_0x88&, PawnHash&, PawnInfo&);
+template ScorePair evaluatePawnStructure<ReportRecord>(const Board_0x88&, PawnHash&, PawnInfo&);
+template ScorePair passedPawnTerms<White, NoRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair passedPawnTerms<Black, NoRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair passedPawnTerms<White, ReportRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);
+template ScorePair passedPawnTerms<Black, ReportRecord>(const Board_0x88&, const PawnInfo&, MaterialSignature);

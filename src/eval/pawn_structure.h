@@ -3,6 +3,7 @@
 
 #include "board/board.h"
 #include "board/score_pair.h"
+#include "eval/eval_record.h"
 #include "eval/material.h"
 #include "search/pawn_hash.h"
 
@@ -22,8 +23,9 @@ void initPawnStructureTables();
 
 // Fills info from the pawn hash or from the board and gives the structure
 // score, White minus Black.
+template <typename Rec = NoRecord>
 ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, PawnInfo& info);
 
 // The passed pawn terms of side C.
-template <Color C>
+template <Color C, typename Rec = NoRecord>
 ScorePair passedPawnTerms(const Board_0x88& board, const PawnInfo& info, MaterialSignature enemy);

@@ -41,7 +41,7 @@ int rayMobility(const Board_0x88& board, Square from, Color us, const int* dirs,
 
 }  // namespace
 
-template <Color C>
+template <Color C, typename Rec>
 ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, const PawnInfo& pawns) {
   int mob;
   switch (type) {
@@ -60,7 +60,9 @@ ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, cons
   const MobilityValues& values = mobilityValues[type];
   ScorePair sum{int16_t(values.perSquare.mg * mob), int16_t(values.perSquare.eg * mob)};
   if (mob == 0) sum += values.trapped;
+  Rec::add(RowMobility, C, sum);
   if (type != Rook && type != Queen) return sum;
+  const ScorePair mobility = sum;
 
   const int file = fileOf(sq);
   const int kingFile = fileOf(board.side[opponent(C)].square[0]);
@@ -72,8 +74,11 @@ ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, cons
   } else if (type == Rook && (pawns.halfOpenFiles & (1 << file))) {
     sum += rookHalfOpenFileBonus[pawns.openFileCount + pawns.halfOpenFileCount];
   }
+  Rec::add(type == Rook ? RowRooks : RowQueens, C, sum - mobility);
   return sum;
 }
 
-template ScorePair pieceActivity<White>(const Board_0x88&, Square, PieceType, const PawnInfo&);
-template ScorePair pieceActivity<Black>(const Board_0x88&, Square, PieceType, const PawnInfo&);
+template ScorePair pieceActivity<White, NoRecord>(const Board_0x88&, Square, PieceType, const PawnInfo&);
+template ScorePair pieceActivity<Black, NoRecord>(const Board_0x88&, Square, PieceType, const PawnInfo&);
+template ScorePair pieceActivity<White, ReportRecord>(const Board_0x88&, Square, PieceType, const PawnInfo&);
+template ScorePair pieceActivity<Black, ReportRecord>(const Board_0x88&, Square, PieceType, const PawnInfo&);

@@ -2,9 +2,10 @@
 
 #include "board/board.h"
 #include "board/score_pair.h"
+#include "eval/eval_record.h"
 #include "eval/pawn_structure.h"
 
 // Mobility and file terms of one piece of side C on sq; type is read from the
 // board by the caller, since a promoted piece sits in a pawn slot.
-template <Color C>
+template <Color C, typename Rec = NoRecord>
 ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, const PawnInfo& pawns);
