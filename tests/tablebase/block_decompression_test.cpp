@@ -63,33 +63,15 @@ TEST(BlockDecompressionTest, EveryBlockOfTheRealTablesDecodesAlikeInAllFourSchem
   }
 }
 
-// A scheme-4 payload: filter byte, properties, dictionary size, eight unused
-// bytes, then `plain` coded as raw LZMA by liblzma's encoder.
-Bytes lzmaPayload(const Bytes& plain, uint8_t filter, uint8_t properties = 93) {
-  lzma_options_lzma options;
-  lzma_lzma_preset(&options, 6);
-  options.lc = properties % 9, options.lp = properties / 9 % 5, options.pb = properties / 45;
-  options.dict_size = 65536;
-  lzma_filter chain[2] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
-  Bytes out(plain.size() + 1024);
-  size_t written = 0;
-  EXPECT_EQ(lzma_raw_buffer_encode(chain, nullptr, plain.data(), plain.size(), out.data(), &written, out.size()), LZMA_OK);
-  const uint8_t header[14] = {filter, properties, 0x00, 0x00, 0x01, 0x00, 0, 0, 0, 0, 0, 0, 0, 0};
-  Bytes payload(sizeof header + written);
-  std::memcpy(payload.data(), header, sizeof header);
-  std::memcpy(payload.data() + sizeof header, out.data(), written);
-  return payload;
-}
-
 TEST(BlockDecompressionTest, LzmaHeaderRulesAndTheX86Filter) {
   auto out = std::make_unique<Output>();
   Bytes text(300);
   for (size_t i = 0; i < text.size(); ++i) text[i] = uint8_t(i * 7 % 13);
-  Bytes good = lzmaPayload(text, 0);
+  Bytes good = gaviota::lzmaPayload(text, 0);
   ASSERT_TRUE(decode(4, good, *out, uint32_t(text.size())));
   EXPECT_EQ(0, std::memcmp(out->bytes, text.data(), text.size()));
   // The header and 5 stream bytes are the least a payload holds.
-  Bytes tiny = lzmaPayload({42}, 0);
+  Bytes tiny = gaviota::lzmaPayload({42}, 0);
   ASSERT_GE(tiny.size(), 19u);
   EXPECT_FALSE(decode(4, Bytes(tiny.begin(), tiny.begin() + 18), *out, 1));
   Bytes bad = good;
@@ -103,9 +85,9 @@ TEST(BlockDecompressionTest, LzmaHeaderRulesAndTheX86Filter) {
 
   // A call instruction: converted back by the filter from five decoded bytes on, never in four.
   const Bytes call = {0xE8, 0x10, 0x00, 0x00, 0x00, 0x90};
-  ASSERT_TRUE(decode(4, lzmaPayload(call, 1), *out, 6));
+  ASSERT_TRUE(decode(4, gaviota::lzmaPayload(call, 1), *out, 6));
   EXPECT_EQ(Bytes(out->bytes, out->bytes + 6), (Bytes{0xE8, 0x0B, 0x00, 0x00, 0x00, 0x90}));
-  ASSERT_TRUE(decode(4, lzmaPayload(Bytes(call.begin(), call.begin() + 4), 1), *out, 4));
+  ASSERT_TRUE(decode(4, gaviota::lzmaPayload(Bytes(call.begin(), call.begin() + 4), 1), *out, 4));
   EXPECT_EQ(Bytes(out->bytes, out->bytes + 4), Bytes(call.begin(), call.begin() + 4));
 }
 

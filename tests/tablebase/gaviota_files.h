@@ -1,7 +1,10 @@
 #pragma once
 // The five 3-man tables of Debian's gaviotatb package in their four compressed
 // forms, read whole into memory, with the block arithmetic of the store.
+#include <lzma.h>
+
 #include <cstdint>
+#include <cstring>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -35,6 +38,47 @@ inline uint32_t indexCountOf(const std::string& name) {
   for (int32_t i = 0; i < endgameCount; ++i)
     if (name == endgameCatalogue[i].name) return endgameCatalogue[i].indexCount;
   return 0;
+}
+
+// A scheme-4 payload: filter byte, properties, dictionary size, eight unused
+// bytes, then `plain` coded as raw LZMA by liblzma's encoder.
+inline std::vector<uint8_t> lzmaPayload(const std::vector<uint8_t>& plain, uint8_t filter, uint8_t properties = 93) {
+  lzma_options_lzma options;
+  lzma_lzma_preset(&options, 6);
+  options.lc = properties % 9, options.lp = properties / 9 % 5, options.pb = properties / 45;
+  options.dict_size = 65536;
+  lzma_filter chain[2] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
+  std::vector<uint8_t> out(plain.size() + 1024);
+  size_t written = 0;
+  if (lzma_raw_buffer_encode(chain, nullptr, plain.data(), plain.size(), out.data(), &written, out.size()) != LZMA_OK)
+    return {};
+  const uint8_t header[14] = {filter, properties, 0x00, 0x00, 0x01, 0x00, 0, 0, 0, 0, 0, 0, 0, 0};
+  std::vector<uint8_t> payload(sizeof header + written);
+  std::memcpy(payload.data(), header, sizeof header);
+  std::memcpy(payload.data() + sizeof header, out.data(), written);
+  return payload;
+}
+
+// A whole table file of `name` in scheme 4 whose every position has the
+// stored byte `value`: the header, the block offsets and LZMA blocks.
+inline std::vector<uint8_t> syntheticTable(uint32_t indexCount, uint8_t value) {
+  const uint32_t perSide = (indexCount - 1) / 16384 + 1, blocks = 2 * perSide;
+  std::vector<std::vector<uint8_t>> payloads;
+  for (uint32_t b = 0; b < blocks; ++b) payloads.push_back(lzmaPayload(std::vector<uint8_t>(blockLength(indexCount, b), value), 0));
+  const uint32_t tableEnd = 40 + 4 * (blocks + 1);
+  std::vector<uint8_t> file(tableEnd, 0);
+  auto word = [&](size_t at, uint32_t v) { for (int i = 0; i < 4; ++i) file[at + size_t(i)] = uint8_t(v >> (8 * i)); };
+  word(32, tableEnd);
+  uint32_t offset = tableEnd;
+  for (uint32_t b = 0; b <= blocks; ++b) {
+    word(40 + 4 * b, offset);
+    if (b < blocks) offset += uint32_t(payloads[b].size()) + 1;
+  }
+  for (const auto& p : payloads) {
+    file.push_back(0);  // the byte a decoder skips
+    file.insert(file.end(), p.begin(), p.end());
+  }
+  return file;
 }
 
 }  // namespace gaviota

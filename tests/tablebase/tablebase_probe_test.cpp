@@ -3,7 +3,13 @@
 // an independent retrograde solution; then the cache and the probe rules.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+
 #include "board/fen.h"
+#include "gaviota_files.h"
 #include "retrograde_solver.h"
 #include "tablebase/block_cache.h"
 #include "tablebase/endgame_catalogue.h"
@@ -176,6 +182,44 @@ TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
   EXPECT_EQ(endgameCatalogue[kqqk].status, 4u);
   closeTablebases(state);
   EXPECT_EQ(endgameCatalogue[kqqk].status, 0u);
+}
+
+}  // namespace
+
+namespace {
+
+// En passant, which the tables don't hold: a made-up kpkp table that calls
+// every position a draw, beside the real kpk. Taking en passant into a won
+// kpk is then the better choice, one ply longer; without a pawn to take,
+// or with the capture not better, the table's draw stands.
+TEST(TablebaseProbeTest, EnPassantCaptureCountsWhenItIsBetter) {
+  const std::string dir = ::testing::TempDir() + "tolva_kpkp_" + std::to_string(getpid());
+  mkdir(dir.c_str(), 0700);
+  const std::vector<uint8_t> kpkp = gaviota::syntheticTable(gaviota::indexCountOf("kpkp"), 0);
+  FILE* f = std::fopen((dir + "/kpkp.gtb.cp4").c_str(), "wb");
+  ASSERT_NE(f, nullptr);
+  std::fwrite(kpkp.data(), 1, kpkp.size(), f);
+  std::fclose(f);
+  TablebaseState state;
+  initTablebases(state, "gaviota", (dir + ";" + gtb4).c_str(), 16);
+
+  int32_t afterCapture, score;
+  // After exd6 the White pawn on d6 wins against the king on e8 with Black to move.
+  ASSERT_TRUE(hardProbe(state, "4k3/8/2KP4/8/8/8/8/8 b - - 0 1", afterCapture));
+  ASSERT_LT(afterCapture, 0);
+  ASSERT_TRUE(hardProbe(state, "4k3/8/2K5/3pP3/8/8/8/8 w - d6 0 1", score));
+  EXPECT_EQ(score, -afterCapture - 1);
+  // The same pawns without the en-passant square, or with no pawn beside the one that moved: the table's draw.
+  ASSERT_TRUE(hardProbe(state, "4k3/8/2K5/3pP3/8/8/8/8 w - - 0 1", score));
+  EXPECT_EQ(score, 0);
+  ASSERT_TRUE(hardProbe(state, "4k3/8/2K5/3p3P/8/8/8/8 w - d6 0 1", score));
+  EXPECT_EQ(score, 0);
+  // Colours exchanged: Black takes en passant into a won kpk for Black.
+  ASSERT_TRUE(hardProbe(state, "8/8/8/8/3Pp3/2k5/8/4K3 b - d3 0 1", score));
+  EXPECT_EQ(score, -afterCapture - 1);
+  closeTablebases(state);
+  std::remove((dir + "/kpkp.gtb.cp4").c_str());
+  rmdir(dir.c_str());
 }
 
 }  // namespace
