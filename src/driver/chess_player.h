@@ -41,6 +41,8 @@ class ChessPlayer : public SearchInterface {
   bool isSearching() const;
   // Checks the position for a finished game and prints the result.
   bool reportGameEnd();
+  // The game-end rules for a position the engine won't play: one without a king.
+  bool reportUnplayableEnd();
   void setCores(uint32_t cores);
   // After `option` changed gtbPath or gtbCacheSizeMB: the tablebases are set
   // up again from the new settings.

@@ -6,7 +6,8 @@
 
 bool ChessPlayer::reportGameEnd() {
   // A board left behind by a refused position has no game to judge.
-  if (!hasPlayablePosition()) return false;
+  if (!hasSafeLists()) return false;
+  if (!hasPlayablePosition()) return reportUnplayableEnd();
 
   MoveList moves;
   bool inCheck = false;
@@ -30,4 +31,21 @@ bool ChessPlayer::reportGameEnd() {
   }
   std::cout.flush();
   return over;
+}
+
+bool ChessPlayer::reportUnplayableEnd() {
+  // With both kings the fault is elsewhere (a pawn on its last rank, a king
+  // left in check): no rule applies. Without a king nothing is generated, but
+  // a side to move with no men at all has no move, and bare material is bare.
+  const Board_0x88& b = *board;
+  if (b.side[White].count[King] == 1 && b.side[Black].count[King] == 1) return false;
+  if (b.side[b.sideToMove].total == 0) {
+    std::cout << "1/2-1/2 {Stalemate}" << std::endl;
+    return true;
+  }
+  GameEndReason reason = ReasonNone;
+  isDrawByRule(*board, reason);
+  if (reason != ReasonInsufficientMaterial) return false;
+  std::cout << "1/2-1/2 {Draw by insufficient material}" << std::endl;
+  return true;
 }

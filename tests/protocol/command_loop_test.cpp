@@ -159,4 +159,16 @@ TEST(CommandLoopTest, SetboardShowsThePositionAndSurvivesARefusal) {
   EXPECT_EQ(run.output, expected);
 }
 
+TEST(CommandLoopTest, PositionsWithoutKingsAreJudgedButNotPlayed) {
+  const std::string empty = "# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n# ........\n";
+  EngineRun run = runEngine("setboard 8/8/8/8/8/8/8/8 w - - 0 1\ngo\nsetboard 8/8/8/8/8/8/8/K7 w - - 0 1\nquit\n");
+  const std::string warning =
+      "# warning: this position can't be played: a side lacks its king or has too many pieces, "
+      "a pawn stands on its first or last rank, or the side not to move is in check\n";
+  EXPECT_EQ(run.output, expectedStartup() + prompt + warning + "1/2-1/2 {Stalemate}\n" + empty + "# ........\n#\n" +
+                            prompt + "Error (cannot make a move at end of game)\n" +
+                            commandError("go") + prompt + warning + "1/2-1/2 {Draw by insufficient material}\n" +
+                            empty + "# K.......\n#\n" + prompt);
+}
+
 }  // namespace
