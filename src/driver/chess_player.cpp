@@ -65,12 +65,18 @@ void ChessPlayer::startSearch() {
 }
 
 void ChessPlayer::stopSearch() {
+  // The flags are set while the command thread still holds the game lock, so
+  // that thread 0, waiting for the lock to play its move, finds them once it
+  // has it, and drops the move.
   for (auto& t : threads) {
     if (!t->isBusy()) continue;
     t->requestStop();
     t->discardResult.store(true, std::memory_order_relaxed);
-    t->waitUntilIdle();
   }
+  const bool held = commandLock.owns_lock();
+  if (held) commandLock.unlock();
+  for (auto& t : threads) t->waitUntilIdle();
+  if (held) commandLock.lock();
 }
 
 void ChessPlayer::stopWorkers() {
@@ -128,7 +134,9 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   tc.startClock();
   if (tc.timed) tc.allocateTime(player.ply);
   bool decided = false;
-  if (player.randomGame && player.randomMove(move)) decided = true;
+  // Trial moves are made on this thread's own board: the other threads copy
+  // the game board while this one picks.
+  if (player.randomGame && player.randomMove(self.board, move)) decided = true;
   // Never in analysis: only a timed search asks the book.
   if (!decided && tc.timed && player.bookEnabled && player.book.probe(*player.board, move)) decided = true;
   if (!decided && !self.stopRequested()) {
@@ -140,17 +148,22 @@ void ChessPlayer::think(uint32_t index, void* argument) {
     self.searchRootForSide(*player.board, move, ponder);
     player.ponderMove = ponder;
   }
+  // The other threads have stopped reading the game board before it changes.
   player.stopWorkers();
-  if (move != NoMove && !self.discardResult.load(std::memory_order_relaxed)) player.engine->makeEngineMove(move);
+  if (move != NoMove && !self.discardResult.load(std::memory_order_relaxed)) {
+    std::lock_guard<std::mutex> hold(player.gameMutex);
+    if (!self.discardResult.load(std::memory_order_relaxed)) player.engine->makeEngineMove(move);
+  }
   tc.stopClock();
   self.finishWork();
 }
 
-bool ChessPlayer::randomMove(Move& move) {
+bool ChessPlayer::randomMove(Board_0x88& scratch, Move& move) {
   if (!hasPlayablePosition()) return false;
+  scratch = *board;
   MoveList list;
   bool inCheck;
-  generateLegalMoves(*board, list, inCheck);
+  generateLegalMoves(scratch, list, inCheck);
   if (list.count == 0) return false;
   move = list.moves[uint32_t(rand() & 0x7fffffff) % list.count].move;
   return true;

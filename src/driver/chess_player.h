@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -53,8 +54,9 @@ class ChessPlayer : public SearchInterface {
 
   // The work of every search thread each time it is woken.
   static void think(uint32_t index, void* player);
-  // A legal move picked at random; false when there is none.
-  bool randomMove(Move& move);
+  // A legal move of the game's position picked at random, found on `scratch`
+  // (which it overwrites); false when there is none.
+  bool randomMove(Board_0x88& scratch, Move& move);
   // The legal move that the text names; the generated move keeps all its flags.
   bool parseUserMove(const std::string& text, Move& move);
   // Would playing `move` give a position where a draw can be claimed?
@@ -116,4 +118,14 @@ class ChessPlayer : public SearchInterface {
   std::vector<std::unique_ptr<SearchThread>> threads;
   // Plies of the game before which undo may not go: the last set-up position.
   uint32_t setupPly = 0;
+
+  // The hand-over of the game state (board, record, who plays what) between
+  // the command thread and thread 0. Thread 0 plays its move under the lock;
+  // the command loop holds it through every command and every diagram. A lock
+  // rather than atomics because a move changes many fields that must be seen
+  // together, and it is taken once a move, never in the search itself.
+  std::mutex gameMutex;
+  // The command loop's hold on gameMutex; stopSearch lets go of it while it
+  // waits, since thread 0 may need it to finish.
+  std::unique_lock<std::mutex> commandLock{gameMutex, std::defer_lock};
 };

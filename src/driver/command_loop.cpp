@@ -31,8 +31,13 @@ void dispatchLine(WBEngine& engine, const char* line) {
 
   bool ok = false;
   if (countOk) {
-    if (row->stopSearchFirst) engine.player.stopSearch();
+    ChessPlayer& player = engine.player;
+    // Every handler runs under the game lock: one that doesn't stop the search
+    // may read or change the game while thread 0 is about to play its move.
+    player.commandLock.lock();
+    if (row->stopSearchFirst) player.stopSearch();
     ok = (engine.*(row->handler))(args);
+    player.commandLock.unlock();
   }
   if (!ok) std::cout << "# command \"" << line << "\" returned an error code " << std::endl;
 }
@@ -40,8 +45,7 @@ void dispatchLine(WBEngine& engine, const char* line) {
 void runCommandLoop(WBEngine& engine, FILE* input) {
   char line[LineBufferSize];
   while (!engine.quitRequested) {
-    // While a search runs, its thread prints the board with its move.
-    if (engine.boardChanged && !engine.player.isSearching()) engine.printBoard();
+    printBoardIfChanged(engine);
     if (!engine.xboardMode) std::cout << "# Your move: " << std::flush;
     if (!std::fgets(line, LineBufferSize, input)) {
       // End of input: a search with a clock may end by its own limits; one
@@ -59,6 +63,12 @@ void runCommandLoop(WBEngine& engine, FILE* input) {
     checkGameEnd(engine);
     startSearchIfDue(engine);
   }
+}
+
+void printBoardIfChanged(WBEngine& engine) {
+  // Also while a search runs: thread 0 changes the board only under the lock.
+  std::lock_guard<std::mutex> hold(engine.player.gameMutex);
+  if (engine.boardChanged) engine.printBoard();
 }
 
 void checkGameEnd(WBEngine& engine) {
@@ -82,6 +92,8 @@ void startSearchIfDue(WBEngine& engine) {
   if (engine.engineColor == 2 || player.board->sideToMove != engine.engineColor) return;
   // A board left half-filled by a refused position is never searched.
   if (!player.hasPlayablePosition()) return;
+  // The position searched is on the screen before the search can answer it.
+  printBoardIfChanged(engine);
   player.setupSearch(false);
   player.startSearch();
 }

@@ -10,6 +10,8 @@ constexpr int LineBufferSize = 1024;
 // and the error lines.
 void dispatchLine(WBEngine& engine, const char* line);
 
+// Prints the diagram when the board has changed since the last one.
+void printBoardIfChanged(WBEngine& engine);
 // After a line, with no search running: notices the end of the game.
 void checkGameEnd(WBEngine& engine);
 // Starts the search threads when it is the engine's turn.
