@@ -65,25 +65,29 @@ void printSixAverages(const char* label, const uint64_t (&counts)[7], double gam
 
 }  // namespace
 
+void playRandomGame(ChessPlayer& player, RandomGameStats& stats) {
+  Board_0x88& board = *player.board;
+  while (player.randomGame) {
+    MoveList list;
+    bool inCheck;
+    generateLegalMoves(board, list, inCheck);
+    // A full game record ends the game where it stands.
+    if (list.count == 0 || !player.gameHasRoom()) break;
+    Move move = list.moves[uint32_t(std::rand() & 0x7fffffff) % list.count].move;
+    countMove(board, move, stats);
+    player.recordMove(move);
+    countPosition(board, stats);
+    GameEndReason reason;
+    if (isDrawByRule(board, reason)) break;
+  }
+  ++stats.gameLength[player.ply < 1024 ? player.ply : 1023];
+}
+
 void playRandomGames(ChessPlayer& player, uint64_t games, RandomGameStats& stats) {
   const uint64_t interval = games / 50;
-  Board_0x88& board = *player.board;
   for (uint64_t g = 0; g < games; ++g) {
     startPosition(player);
-    while (player.randomGame) {
-      MoveList list;
-      bool inCheck;
-      generateLegalMoves(board, list, inCheck);
-      // A full game record ends the game where it stands.
-      if (list.count == 0 || !player.gameHasRoom()) break;
-      Move move = list.moves[uint32_t(std::rand() & 0x7fffffff) % list.count].move;
-      countMove(board, move, stats);
-      player.recordMove(move);
-      countPosition(board, stats);
-      GameEndReason reason;
-      if (isDrawByRule(board, reason)) break;
-    }
-    ++stats.gameLength[player.ply];
+    playRandomGame(player, stats);
     // Fewer than 50 games print no marks.
     if (interval && g % interval == 0) std::printf("#");
   }

@@ -22,10 +22,14 @@ struct RandomGameStats {
   uint64_t pieceCountFrequency[2][17] = {};  // colour, number of pieces: after each move
 };
 
+// Plays one game of uniformly random legal moves (rand()) as game moves from
+// the player's position and ply, counting into `stats`. It ends with no legal
+// move, at a draw by rule (so at the first repetition), or when the game
+// record is full, before the move that would overflow it.
+void playRandomGame(ChessPlayer& player, RandomGameStats& stats);
+
 // Plays `games` games of uniformly random legal moves (rand()) as game moves
-// on the player's board, counting into `stats`, with a progress mark every
-// games/50 games. A game ends with no legal move, at a draw by rule (so at
-// the first repetition), or when the game record is full.
+// from the start position, with a progress mark every games/50 games.
 void playRandomGames(ChessPlayer& player, uint64_t games, RandomGameStats& stats);
 
 // The averages, presence maps, piece-count frequencies and game lengths.

@@ -123,6 +123,28 @@ TEST(RandomGamesTest, StatisticsMatchARecountOfTheSameGames) {
                            sizeof stats->pieceCountFrequency));
 }
 
+// A game that would run past the end of the player's move record stops just
+// before it, counted by its length.
+TEST(RandomGamesTest, AGameEndsCleanlyWhenItsRecordIsFull) {
+  TimeControl clock;
+  NoEngine engine;
+  ChessPlayer player{&clock, &engine};
+  player.randomGame = true;
+  const struct {
+    uint32_t ply;
+    uint64_t moves;
+  } cases[] = {{MaxGamePly - 3, 3}, {MaxGamePly - 1, 1}, {MaxGamePly, 0}};
+  for (const auto& c : cases) {
+    auto stats = std::make_unique<RandomGameStats>();
+    setupFromFen(*player.board, startPositionFen);
+    player.ply = c.ply;
+    playRandomGame(player, *stats);
+    EXPECT_EQ(stats->positions, c.moves) << c.ply;
+    EXPECT_EQ(player.ply, MaxGamePly) << c.ply;
+    EXPECT_EQ(stats->gameLength[MaxGamePly], 1u) << c.ply;
+  }
+}
+
 TEST(RandomPositionsTest, EveryPositionIsLegalAndReadsBackToItsFen) {
   TimeControl clock;
   NoEngine engine;

@@ -181,6 +181,49 @@ TEST(OpeningBookTest, BrokenFilesAreNoBook) {
   ASSERT_EQ(truncate(path.c_str(), 16 * 3 + 7), 0);
   EXPECT_FALSE(book.probe(board, m));
   std::remove(path.c_str());
+  // A folder opens on Linux, but no entry can be read from it.
+  book.setPath(::testing::TempDir().c_str());
+  EXPECT_FALSE(book.probe(board, m));
+}
+
+// Random bytes, unsorted, and entries of the start position with random move
+// fields: a probe ends, and whatever it gives is a legal move.
+TEST(OpeningBookTest, GarbageGivesNoMoveOrALegalOne) {
+  Board_0x88 board;
+  play(board, "");
+  const uint64_t start = polyglotKey(board);
+  MoveList legal;
+  bool inCheck;
+  generateLegalMoves(board, legal, inCheck);
+  auto isLegal = [&](Move m) {
+    for (uint32_t i = 0; i < legal.count; ++i)
+      if (legal.moves[i].move == m) return true;
+    return false;
+  };
+  std::srand(17);
+  auto random16 = [] { return uint16_t(std::rand()); };
+  auto random64 = [&] { return uint64_t(random16()) << 48 | uint64_t(random16()) << 32 | uint64_t(random16()) << 16 | random16(); };
+  std::vector<BookEntry> noise, fields;
+  for (int i = 0; i < 5000; ++i) noise.push_back({random64(), random16(), random16(), uint32_t(random64())});
+  noise[2500].key = start;
+  for (int i = 0; i < 200; ++i) fields.push_back({start, random16(), random16(), 0});
+  fields.push_back({start, bookMove("e2e4"), 1, 0});
+  for (auto& [name, entries] : {std::pair{"noise", noise}, std::pair{"fields", fields}}) {
+    OpeningBook book;
+    book.setPath(writeBook(entries, name).c_str());
+    int moves = 0;
+    for (int i = 0; i < 300; ++i) {
+      Move m = NoMove;
+      if (!book.probe(board, m)) continue;
+      EXPECT_TRUE(isLegal(m)) << name << " " << text(m);
+      ++moves;
+    }
+    // The legal e2e4 among the fields is always there to be chosen.
+    if (std::string(name) == "fields") {
+      EXPECT_EQ(moves, 300);
+    }
+    std::remove(book.path);
+  }
 }
 
 TEST(OpeningBookTest, DecodesCastlingPromotionEnPassantAndDoubleSteps) {

@@ -3,7 +3,9 @@
 # xboard, run headless under xvfb-run, then checks the saved PGN and xboard's
 # debug log: every game finished with a result, nobody claimed an illegal move,
 # no engine crashed, and Tolva never lost on time or for any reason other than
-# being mated or adjudicated.
+# being mated or adjudicated. Tolva gets its options from xboard (-firstOptions)
+# and answers each one, and with a book in its folder it opens every game from
+# the book, without a search.
 #
 # Usage: xboard_match_test.sh <path to tolva> [games]
 # Environment: TOLVA_HOST_TIMEOUT (seconds for the whole match, default 600),
@@ -53,8 +55,18 @@ if [ -z "$xboard" ] || [ -z "$fairymax" ] || [ -z "$xvfb_run" ] || [ -z "$xauth"
   exit 77
 fi
 
+book=$(dirname "$(readlink -f "$0")")/../data/performance.bin
+if [ ! -s "$book" ]; then
+  echo "FAIL: the test book is missing: $book"
+  exit 1
+fi
+
 work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-host.XXXXXX")
 mkdir -p "$work/tolva" "$work/fairymax"
+# The default book name in Tolva's working folder.
+cp "$book" "$work/tolva/book.bin"
+# Sent by xboard as `option name=value` once Tolva has announced its options.
+first_options=ttHashSizeMB=16,pawnHashSizeMB=4,gtbCacheSizeMB=8
 pgn=$work/games.pgn
 log=$work/xboard-debug.log
 out=$work/xboard-output.txt
@@ -109,7 +121,7 @@ echo "Match: $games games, Tolva ($tolva) against fairymax ($fairymax), ${time_c
 # settings of the user. A new session makes the whole tree one process group.
 TOLVA_HOST_RUN=$work HOME=$work setsid "$xvfb_run" -a -s "-screen 0 1024x768x24" \
   "$xboard" -noGUI -xexit -saveSettingsOnExit false \
-  -fcp "$tolva" -fd "$work/tolva" -fn Tolva \
+  -fcp "$tolva" -fd "$work/tolva" -fn Tolva -firstOptions "$first_options" \
   -scp "$fairymax" -sd "$work/fairymax" -sn Fairymax \
   -mg "$games" "${time_control[@]}" -xponder -smpCores 2 -autoCallFlag true \
   -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
@@ -239,6 +251,36 @@ if [ -s "$log" ]; then
 $problems"
   lines=$(grep -c -E '^[0-9]+ <first : move ' "$log")
   [ "$lines" -ge 1 ] || fail "Tolva sent no move in the debug log"
+
+  # Each option of -firstOptions went out and came back as Tolva's setting
+  # line, and the new sizes were applied at the next set-up.
+  for option in ${first_options//,/ }; do
+    grep -q -E "^[0-9]+ >first : option $option\$" "$log" || fail "xboard did not send \"option $option\""
+    grep -q -E "^[0-9]+ <first : # setting option: $option\$" "$log" ||
+      fail "Tolva did not answer \"option $option\""
+  done
+  grep -q -E '^[0-9]+ <first : # new size of TT hash: 16 MB$' "$log" || fail "the TT hash never took its new size"
+
+  # Per game: thinking lines (they begin with the depth) between xboard's
+  # `new` and Tolva's first move, and after it. A book move comes without any;
+  # later moves must show some, or the first test would prove nothing. xboard
+  # sends `new` more than once before a game: only a `new` followed by a move
+  # starts one.
+  book_report=$(awk '
+    function report() { if (moved) print ++game, before, after }
+    / >first : new$/ { report(); started = 1; before = 0; after = 0; moved = 0; next }
+    !started { next }
+    / <first : [0-9]/ { if (moved) after++; else before++; next }
+    / <first : move / { moved = 1 }
+    END { report() }
+  ' "$log")
+  while read -r game before after; do
+    [ -z "$game" ] && continue
+    echo "Game $game: Tolva thought $before lines before its first move, $after after it"
+    [ "$before" = 0 ] || fail "game $game: Tolva searched for its first move instead of taking it from the book"
+    [ "$after" -gt 0 ] || fail "game $game: no thinking lines after the first move"
+  done <<<"$book_report"
+  [ "$(grep -c . <<<"$book_report")" -ge "$games" ] || fail "fewer than $games games started in the debug log"
 else
   fail "xboard wrote no debug log"
 fi
@@ -252,5 +294,5 @@ if [ "$failed" != 0 ]; then
   tail -n 40 "$log" 2>/dev/null
   exit 1
 fi
-echo "PASS: $played games finished, no illegal move, no crash, no loss on time"
+echo "PASS: $played games finished, no illegal move, no crash, no loss on time; options answered, book openings"
 exit 0

@@ -11,9 +11,16 @@
 #include <string>
 #include <vector>
 
+#include "board/fen.h"
+#include "board/fen_writer.h"
+#include "driver/chess_player.h"
 #include "protocol/engine_process.h"
 
 namespace {
+
+struct NoEngine : EngineInterface {
+  void makeEngineMove(Move&) override {}
+};
 
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
@@ -104,21 +111,30 @@ TEST(FenFileCommandTest, EachLineTriedWithItsMessagesThenNew) {
 TEST(RandomPositionsCommandTest, WritesLegalFensThatSetboardAccepts) {
   const std::string path = tempPath("positions.fen");
   const std::string newText = repliesTo("new\n").at(0);
-  std::vector<std::string> out = repliesTo("randpos 1000 " + path + "\nrandpos 5\n");
-  ASSERT_EQ(out.size(), 2u);
-  EXPECT_EQ(out[0], "Wrote 1000 random FENs to file \"" + path + "\"\n" + newText);
-  std::vector<std::string> stdoutLines = linesOf(out[1]);
+  std::vector<std::string> out = repliesTo("randpos\nrandpos 1000 " + path + "\nrandpos 5\n");
+  ASSERT_EQ(out.size(), 3u);
+  // Without a count: the board as it stands and an empty line.
+  EXPECT_EQ(out[0], startBoardDiagram() + "\n");
+  EXPECT_EQ(out[1], "Wrote 1000 random FENs to file \"" + path + "\"\n" + newText);
+  std::vector<std::string> stdoutLines = linesOf(out[2]);
   ASSERT_GT(stdoutLines.size(), 5u);
-  EXPECT_EQ(out[1].substr(out[1].size() - newText.size()), newText);
+  EXPECT_EQ(out[2].substr(out[2].size() - newText.size()), newText);
 
   std::ifstream in(path);
   std::vector<std::string> fens;
   for (std::string line; std::getline(in, line);) fens.push_back(line);
   ASSERT_EQ(fens.size(), 1000u);
   for (int i = 0; i < 5; ++i) fens.push_back(stdoutLines[i]);
+  // Each one sets up, is a position the engine can play, and is written back unchanged.
+  TimeControl clock;
+  NoEngine engine;
+  ChessPlayer player{&clock, &engine};
   std::string input;
   for (const std::string& fen : fens) {
     EXPECT_TRUE(std::regex_match(fen, std::regex("([1-8pnbrqkPNBRQK]+/){7}[1-8pnbrqkPNBRQK]+ [wb] (-|K?Q?k?q?) (-|[a-h][36]) [0-9]+ [1-9][0-9]*"))) << fen;
+    ASSERT_TRUE(setupFromFen(*player.board, fen.c_str())) << fen;
+    EXPECT_TRUE(player.hasPlayablePosition()) << fen;
+    EXPECT_EQ(positionToFen(*player.board), fen);
     input += "setboard " + fen + "\n";
   }
   // Every position sets up and can be played: no error, no warning.
