@@ -23,7 +23,8 @@ ScorePair positionalTerms(const Board_0x88& board, const PawnInfo& pawns, const 
     if (sq & 0x88) continue;
     PieceType type = PieceType(board.piece[sq]);
     sum += pieceActivity<C, Rec>(board, sq, type, pawns);
-    sum += kingTropism<C, Rec>(board, sq, type);
+    // The report shows the row even while no weight is set.
+    if constexpr (kingTropismWeighs || !std::is_same_v<Rec, NoRecord>) sum += kingTropism<C, Rec>(board, sq, type);
   }
   sum += passedPawnTerms<C, Rec>(board, pawns, info.signature[Them]);
   sum += kingSafety<C, Rec>(board, pawns, info.signature[Them]);

@@ -1,6 +1,7 @@
 #include "eval/king_safety.h"
 
 #include <cstdlib>
+#include <mutex>
 
 #include "eval/score_pair_ops.h"
 
@@ -9,8 +10,6 @@ uint8_t pawnShieldTable[64];
 // How much a piece (code - 1) bears on the squares around a king, by the
 // difference of their 0x88 squares.
 uint32_t kingTropismTable[6][128];
-// The weights of tropism: all 0, so the term is there but adds nothing.
-constexpr ScorePair kingTropismWeight[7] = {};
 
 namespace {
 
@@ -58,27 +57,23 @@ void buildKingTropismRows(Square reference, uint64_t origins) {
   sweep(5, [&](int o, uint32_t& v) { return (v = bits(kingAttackMask[o] & zone)) != 0; });
 }
 
-// Own pawns on the two rows ahead of the king; missing files count as covered.
+// Own pawns on the two rows ahead of the king, files f-1 to f+1 of each
+// shifted down to three bits; missing files and the last rank count as covered.
 template <Color C>
 int pawnShieldIndex(Square king, uint64_t pawns) {
-  const int f = fileOf(king), r = C == White ? rankOf(king) : 7 - rankOf(king);
-  if (r >= 6) return 63;
-  int index = 0;
-  for (int row = 1; row <= 2; ++row) {
-    const int rank = C == White ? rankOf(king) + row : rankOf(king) - row;
-    for (int df = -1; df <= 1; ++df) {
-      const int b = (row - 1) * 3 + df + 1;
-      const int file = f + df;
-      bool covered = file < 0 || file > 7 || (row == 2 && r + 2 == 7) || (pawns & bit(rank * 8 + file));
-      if (covered) index |= 1 << b;
-    }
-  }
+  const int f = fileOf(king), rank = rankOf(king);
+  const int ownRank = C == White ? rank : 7 - rank;
+  if (ownRank >= 6) return 63;
+  const int ahead = C == White ? 1 : -1;
+  // A file left of a reads as the bit shifted in, 0; right of h as bit 8, 0.
+  auto row = [&](int r) { return int(((((pawns >> (8 * r)) & 0xFF) << 1) >> f) & 7); };
+  int index = row(rank + ahead) | (ownRank == 5 ? 7 : row(rank + 2 * ahead)) << 3;
+  if (f == 0) index |= 9;
+  if (f == 7) index |= 36;
   return index;
 }
 
-}  // namespace
-
-void initKingSafetyTables() {
+void buildKingSafetyTables() {
   for (int i = 0; i < 64; ++i) pawnShieldTable[i] = uint8_t(((i & 9) == 0) + ((i & 4) == 0));
   const int knight[8][2] = {{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}};
   const int king[8][2] = {{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}};
@@ -99,6 +94,14 @@ void initKingSafetyTables() {
   buildKingTropismRows(0x77, 0x1010101010101FFULL);
   buildKingTropismRows(0x61, 0xFCFCFCFCFCFCULL);
   buildKingTropismRows(0x70, 0x808080808080FEULL);
+}
+
+}  // namespace
+
+void initKingSafetyTables() {
+  // Built once: every search thread asks for them as it is made, maybe while others search.
+  static std::once_flag ready;
+  std::call_once(ready, buildKingSafetyTables);
 }
 
 template <Color C, typename Rec>

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <mutex>
 
 #include "eval/score_pair_ops.h"
 #include "search/relaxed_field.h"
 
-// Pawn masks by colour and Square64: the file ahead, the three files ahead,
-// and the neighbouring files level with and behind a pawn.
 uint64_t frontFileMask[2][64];
 uint64_t frontSpanMask[2][64];
 uint64_t supportMask[2][64];
@@ -25,7 +24,6 @@ constexpr ScorePair unstoppablePawnBonus[7] = {{0, 0}, {128, 228}, {165, 273}, {
                                                {90, 135}, {58, 38}, {238, 0}};
 
 constexpr uint64_t bit(int sq) { return uint64_t(1) << sq; }
-constexpr uint64_t fileBits(int f) { return 0x0101010101010101ULL << f; }
 
 int popCount8(uint8_t v) { return __builtin_popcount(v); }
 
@@ -83,18 +81,22 @@ ScorePair structureOf(const uint64_t* pawns, const uint8_t (&fileCount)[8]) {
   return sum;
 }
 
-uint64_t passersOf(Color c, const uint64_t* pawns) {
-  uint64_t passers = 0;
-  for (uint64_t rest = pawns[c]; rest; rest &= rest - 1) {
-    const int s = __builtin_ctzll(rest);
-    if (!(frontSpanMask[c][s] & pawns[opponent(c)])) passers |= bit(s);
-  }
-  return passers;
+// The union of the front spans of these pawns of colour C, all at once: the
+// squares ahead of them on their files and both neighbours. A pawn of the
+// other colour is passed when it stands on none of them.
+template <Color C>
+uint64_t frontSpans(uint64_t pawns) {
+  uint64_t ahead = C == White ? pawns << 8 : pawns >> 8;
+  ahead |= C == White ? ahead << 8 : ahead >> 8;
+  ahead |= C == White ? ahead << 16 : ahead >> 16;
+  ahead |= C == White ? ahead << 32 : ahead >> 32;
+  constexpr uint64_t fileA = 0x0101010101010101ULL, fileH = fileA << 7;
+  return ahead | (ahead & ~fileH) << 1 | (ahead & ~fileA) >> 1;
 }
 
-}  // namespace
+thread_local uint64_t probesOnThisThread = 0;  // a statistic only
 
-void initPawnStructureTables() {
+void buildPawnMasks() {
   for (int c = 0; c < 2; ++c)
     for (int s = 0; s < 64; ++s) {
       const int f = s & 7, r = s >> 3;
@@ -115,10 +117,24 @@ void initPawnStructureTables() {
     }
 }
 
+}  // namespace
+
+uint64_t pawnHashProbesOnThisThread() { return probesOnThisThread; }
+
+void initPawnStructureTables() {
+  // Built once: every search thread asks for them as it is made, maybe while others search.
+  static std::once_flag ready;
+  std::call_once(ready, buildPawnMasks);
+}
+
 template <typename Rec>
 ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, PawnInfo& info) {
   const uint64_t key = board.history[board.ply].pawnHashKey;
   if (key == 0) return ScorePair{0, 0};
+  ++probesOnThisThread;
+  // Threads share the table without a lock. Each word is a relaxed atomic
+  // of its own, and the key is stored XOR the three data words: an entry
+  // torn by two writers fails the key test and is computed afresh.
   PawnHashEntry& slot = pawnHash.bucketFor(key).entries[0];
   const uint64_t stored = loadRelaxed(slot.key), p0 = loadRelaxed(slot.pawns[0]), p1 = loadRelaxed(slot.pawns[1]),
                  packed = loadRelaxed(slot.packed);
@@ -157,8 +173,10 @@ ScorePair evaluatePawnStructure(const Board_0x88& board, PawnHash& pawnHash, Paw
   }
   info.openFileCount = uint8_t(popCount8(info.openFiles));
   info.halfOpenFileCount = uint8_t(popCount8(info.halfOpenFiles));
-  info.passers[White] = passersOf(White, info.pawns);
-  info.passers[Black] = passersOf(Black, info.pawns);
+  // No enemy pawn in a pawn's front span is the same as the pawn standing in
+  // no enemy pawn's front span.
+  info.passers[White] = info.pawns[White] & ~frontSpans<Black>(info.pawns[Black]);
+  info.passers[Black] = info.pawns[Black] & ~frontSpans<White>(info.pawns[White]);
   return score;
 }
 

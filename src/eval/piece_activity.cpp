@@ -23,20 +23,18 @@ constexpr ScorePair rookHalfOpenFileBonus[9] = {{0, 0},   {12, -14}, {26, 11}, {
 constexpr ScorePair rookOnKingFile{67, 54}, rookNextToKingFile{15, 0};
 constexpr ScorePair queenOnKingFile{18, 99}, queenNextToKingFile{0, 11};
 
-// Squares a slider reaches along its rays: empty ones and a first enemy piece.
-int rayMobility(const Board_0x88& board, Square from, Color us, const int* dirs, int count) {
-  int mob = 0;
-  for (int d = 0; d < count; ++d) {
-    for (int sq = from + dirs[d]; onBoard(sq); sq += dirs[d]) {
-      if (board.piece[sq] == NoPiece) {
-        ++mob;
-        continue;
-      }
-      if (board.color[sq] != us) ++mob;
-      break;
-    }
-  }
-  return mob;
+// Squares a slider reaches along one ray: empty ones and a first enemy piece.
+// The step is a constant, so that each ray is a tight loop of its own.
+template <int Step>
+int ray(const Board_0x88& board, int from, Color us) {
+  int mob = 0, sq = from + Step;
+  for (; onBoard(sq) && board.piece[sq] == NoPiece; sq += Step) ++mob;
+  return mob + (onBoard(sq) && board.color[sq] != us);
+}
+
+template <int... Steps>
+int rayMobility(const Board_0x88& board, int from, Color us) {
+  return (ray<Steps>(board, from, us) + ...);
 }
 
 }  // namespace
@@ -52,9 +50,10 @@ ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, cons
         if (onBoard(to) && !(board.piece[to] != NoPiece && board.color[to] == C)) ++mob;
       }
       break;
-    case Bishop: mob = rayMobility(board, sq, C, diagonalDirs, 4); break;
-    case Rook: mob = rayMobility(board, sq, C, orthogonalDirs, 4); break;
-    case Queen: mob = rayMobility(board, sq, C, diagonalDirs, 4) + rayMobility(board, sq, C, orthogonalDirs, 4); break;
+    // The steps of diagonalDirs and orthogonalDirs.
+    case Bishop: mob = rayMobility<15, 17, -15, -17>(board, sq, C); break;
+    case Rook: mob = rayMobility<-1, 16, 1, -16>(board, sq, C); break;
+    case Queen: mob = rayMobility<15, 17, -15, -17, -1, 16, 1, -16>(board, sq, C); break;
     default: return ScorePair{0, 0};
   }
   const MobilityValues& values = mobilityValues[type];

@@ -26,6 +26,13 @@ TEST(PieceActivityTest, HandComputedPieces) {
       {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", "a1", {50, 70}},
       // Queen d1 on an open file next to the enemy king: 0 / +11 besides its 14 squares.
       {"4k3/ppp5/8/8/8/8/PPP5/3QK3 w - - 0 1", "d1", {4 * 14, 6 * 14 + 11}},
+      // A knight in the centre reaches all eight squares.
+      {"4k3/8/8/8/3N4/8/8/4K3 w - - 0 1", "d4", {3 * 8, 4 * 8}},
+      // Rook e1 on the only open file, the enemy king on the next one: 11 squares, bonus, +15.
+      {"3k4/pppp1ppp/8/8/8/8/PPPP1PPP/4RK2 w - - 0 1", "e1", {55 + 47 + 15, 77 + 37 + 0}},
+      // Two rooks on one open file: each its full term (6 and 4 squares).
+      {"4k3/pppp1ppp/8/8/8/8/PPPPRPPP/4RK2 w - - 0 1", "e2", {30 + 47 + 67, 42 + 37 + 54}},
+      {"4k3/pppp1ppp/8/8/8/8/PPPPRPPP/4RK2 w - - 0 1", "e1", {20 + 47 + 67, 28 + 37 + 54}},
   };
   initEvalTables();
   PawnHash table;
@@ -39,6 +46,16 @@ TEST(PieceActivityTest, HandComputedPieces) {
     EXPECT_EQ(got.mg, c.expected.mg) << c.fen;
     EXPECT_EQ(got.eg, c.expected.eg) << c.fen;
   }
+}
+
+// The walk reads the piece on each square, so a queen in a pawn slot (the
+// second queen of a FEN) is scored as a queen: 14 and 16 squares.
+TEST(PieceActivityTest, QueenInAPawnSlotMovesAsAQueen) {
+  auto board = evaltest::boardFrom("qq2k3/8/8/8/8/8/8/QQ2K3 w - - 0 1");
+  evaluateWithReport(*board, evaltest::pawnHash());
+  const EvalRow& mobility = ReportRecord::rows[RowMobility];
+  EXPECT_EQ(mobility.white, (ScorePair{4 * 30, 6 * 30}));
+  EXPECT_EQ(mobility.black, (ScorePair{4 * 30, 6 * 30}));
 }
 
 }  // namespace
