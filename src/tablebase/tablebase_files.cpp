@@ -39,10 +39,12 @@ std::FILE* tryDirectory(const std::string& directory, const EndgameRow& row) {
 
 int32_t openFileCapacity(long long softLimit, int32_t fallback) {
   if (softLimit < 0) return fallback;
+  // Five descriptors are left to the rest of the process. Only the two ends
+  // change the capacity; a limit in between keeps what the pool has.
   long long spare = softLimit - 5;
   if (spare <= 3) return MinOpenFiles;
   if (spare > MaxOpenFiles) return MaxOpenFiles;
-  return int32_t(spare);
+  return fallback;
 }
 
 std::string initStore(int verbosity, uint32_t scheme, const std::vector<std::string>& paths) {
@@ -59,6 +61,9 @@ std::string initStore(int verbosity, uint32_t scheme, const std::vector<std::str
   store.compressionScheme = scheme < 10 ? scheme : 4;
   store.fileExtension = fileExtensions[store.compressionScheme];
   clearBlockOffsets();
+  // A fresh store: a hard probe that ran into the closed cache while the
+  // tables were being replaced leaves no failure mark behind.
+  for (int32_t endgame = 0; endgame < endgameCount; ++endgame) endgameCatalogue[endgame].status = 0;
 
   bool found[3] = {};  // 3, 4 and 5 pieces
   for (int32_t endgame = 0; endgame < endgameCount; ++endgame) {

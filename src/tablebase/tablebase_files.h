@@ -27,9 +27,10 @@ struct TablebaseStore {
 extern TablebaseStore tablebaseStore;
 
 // Sets the directories and the scheme, sizes the pool from the process's
-// limit of open files, and opens every endgame file present, reading its
-// block-offset table, so that at most the pool's capacity stays open. The
-// report of a verbosity above 0 is returned; otherwise the text is empty.
+// limit of open files, clears the endgames' failure marks, and opens every
+// endgame file present, reading its block-offset table, so that at most the
+// pool's capacity stays open. The report of a verbosity above 0 is returned;
+// otherwise the text is empty.
 std::string initStore(int verbosity, uint32_t scheme, const std::vector<std::string>& paths);
 
 // Opens the file of an endgame, closing the oldest open file first when the
@@ -41,6 +42,7 @@ std::FILE* openEndgameFile(int32_t endgame);
 // the failure marks of the endgames. Safe to call twice.
 void closeStore();
 
-// The capacity of the pool for a soft limit of open files: the limit less
-// five, at least 4 and at most 32; `fallback` when the limit is unknown.
+// The capacity of the pool for a soft limit of open files: 4 when the limit
+// less five is at most 3, 32 when it is above 32, and `fallback` (the
+// capacity the pool has) in between or when the limit is unknown.
 int32_t openFileCapacity(long long softLimit, int32_t fallback);

@@ -151,9 +151,7 @@ class IndexChecker {
       while (end < manCount && letter[men[end]] == letter[men[i]] && men[end] == men[end - 1] + 1) ++end;
       uint32_t a[3], b[3];
       for (int k = i; k < end; ++k) a[k - i] = square(x, men[k]), b[k - i] = square(y, men[k]);
-      std::sort(a, a + (end - i));
-      std::sort(b, b + (end - i));
-      if (!std::equal(a, a + (end - i), b)) return false;
+      if (!std::is_permutation(a, a + (end - i), b)) return false;
       i = end;
     }
     return true;

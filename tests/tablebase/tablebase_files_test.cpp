@@ -2,6 +2,7 @@
 // tables of the real files, good and broken.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,8 +23,32 @@ std::vector<int32_t> openEndgames() {
 }
 
 TEST(TablebaseFilesTest, PoolCapacityFromTheLimitOfOpenFiles) {
-  const long long limits[][2] = {{-1, 4}, {0, 4}, {8, 4}, {9, 4}, {10, 5}, {37, 32}, {38, 32}, {1LL << 40, 32}};
-  for (const auto& [limit, capacity] : limits) EXPECT_EQ(openFileCapacity(limit, 4), capacity) << limit;
+  // 7 stands for the capacity the pool had: only the two ends change it.
+  const long long limits[][2] = {{-1, 7}, {0, 4}, {8, 4}, {9, 7}, {10, 7}, {37, 7}, {38, 32}, {1LL << 40, 32}};
+  for (const auto& [limit, capacity] : limits) EXPECT_EQ(openFileCapacity(limit, 7), capacity) << limit;
+
+  // initStore asks for the process's own limit. A full pool makes room before
+  // each search, also for the missing kqkq, so only the files opened last stay.
+  rlimit saved;
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
+  if (saved.rlim_max < 64) GTEST_SKIP() << "hard limit of open files below 64";
+  const struct {
+    rlim_t softLimit;
+    int32_t before, after;
+    std::vector<int32_t> open;
+  } cases[] = {{64, 4, 32, {0, 1, 2, 3, 4}}, {20, 4, 4, {2, 3, 4}}};
+  for (const auto& c : cases) {
+    rlimit lower = saved;
+    lower.rlim_cur = c.softLimit;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lower), 0);
+    tablebaseStore.pool.maxOpenFiles = c.before;
+    initStore(0, 4, {gtb4});
+    EXPECT_EQ(tablebaseStore.pool.maxOpenFiles, c.after) << c.softLimit;
+    EXPECT_EQ(openEndgames(), c.open) << c.softLimit;
+    for (int32_t e = 0; e < 5; ++e) EXPECT_NE(blockOffsets[e].offsets, nullptr) << e;
+    closeStore();
+  }
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &saved), 0);
 }
 
 TEST(TablebaseFilesTest, DirectoriesInOrderAndTheFilesPresent) {
@@ -58,6 +83,52 @@ TEST(TablebaseFilesTest, DirectoriesInOrderAndTheFilesPresent) {
   EXPECT_EQ(openEndgames().size(), 5u);
   closeStore();
   rmdir(empty.c_str());
+}
+
+// How a directory and a name make a path: a "/" between them unless the
+// directory is empty or ends in one; a backslash is a character like any other.
+TEST(TablebaseFilesTest, DirectoryNamesAndTheSlash) {
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  const std::string odd = ::testing::TempDir() + "tolva_gtb_" + std::to_string(getpid()) + "\\";
+  mkdir(odd.c_str(), 0700);
+  ASSERT_EQ(symlink((gtb4 + "/kqk.gtb.cp4").c_str(), (odd + "/kqk.gtb.cp4").c_str()), 0);
+  const struct {
+    std::string directory, workingDirectory;
+  } cases[] = {{gtb4, ""}, {gtb4 + "/", ""}, {"", gtb4}, {".", gtb4}, {odd, ""}};
+  for (const auto& c : cases) {
+    if (!c.workingDirectory.empty()) {
+      ASSERT_EQ(chdir(c.workingDirectory.c_str()), 0);
+    }
+    initStore(0, 4, {c.directory});
+    EXPECT_NE(endgameCatalogue[0].file, nullptr) << "'" << c.directory << "' in " << c.workingDirectory;
+    closeStore();
+    ASSERT_EQ(chdir(cwd), 0);
+  }
+  unlink((odd + "/kqk.gtb.cp4").c_str());
+  rmdir(odd.c_str());
+}
+
+// The report that a verbosity above 0 asks for.
+TEST(TablebaseFilesTest, InitialisationReport) {
+  const std::string head = "\nGTB initialization\n  Compression  Scheme = 4\n";
+  const struct {
+    int verbosity;
+    std::vector<std::string> paths;
+    std::string report;
+  } cases[] = {
+      {0, {gtb4}, ""},
+      {1, {}, "\nGTB PATHS not initialized\n" + head + "  Compression Indexes = **FAILED**\n"},
+      {1, {"/nonexistent"}, "\nGTB PATHS\n  main: /nonexistent\n" + head + "  Compression Indexes = **FAILED**\n"},
+      {2, {"/nonexistent", gtb4},
+       "\nGTB PATHS\n  main: /nonexistent\n    #1: " + gtb4 + "\n" + head +
+           "  Compression Indexes (3-pc) = PASSED\n  Compression Indexes (4-pc) = **FAILED**\n"
+           "  Compression Indexes (5-pc) = **FAILED**\n"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(initStore(c.verbosity, 4, c.paths), c.report);
+    closeStore();
+  }
 }
 
 TEST(TablebaseFilesTest, FullPoolClosesTheOldestFile) {

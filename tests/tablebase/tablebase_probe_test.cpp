@@ -7,13 +7,17 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <functional>
 
 #include "board/fen.h"
 #include "gaviota_files.h"
 #include "retrograde_solver.h"
 #include "tablebase/block_cache.h"
+#include "tablebase/block_decompression.h"
 #include "tablebase/endgame_catalogue.h"
 #include "tablebase/search_probe.h"
+#include "tablebase/tablebase_files.h"
+#include "tablebase/tablebase_store.h"
 
 namespace {
 
@@ -105,6 +109,25 @@ bool hardProbe(const TablebaseState& state, const char* fen, int32_t& score) {
   return b->sideToMove == White ? probeTablebase<White>(&state, *b, score) : probeTablebase<Black>(&state, *b, score);
 }
 
+// A stored byte b: p = 2 * (b >> 2) and the low two bits give plies and who
+// mates, by the side to move; distances beyond 126 plies have codes of their own.
+TEST(TablebaseProbeTest, StoredBytesByTheSideToMove) {
+  const struct {
+    uint8_t byte;
+    uint32_t side, plies, kind;
+  } cases[] = {
+      {0, 0, 0, 0},      {0, 1, 0, 0},      {3, 0, 0, 3},      {3, 1, 0, 3},      {1, 0, 1, 1},
+      {2, 1, 1, 2},      {21, 0, 11, 1},    {22, 0, 10, 2},    {23, 0, 136, 2},   {20, 0, 137, 1},
+      {21, 1, 10, 1},    {22, 1, 11, 2},    {23, 1, 136, 1},   {20, 1, 137, 2},   {252, 0, 253, 1},
+      {252, 1, 254, 1},  {255, 0, 252, 2},  {255, 1, 252, 1},
+  };
+  for (const auto& c : cases) {
+    const TbValue v = decodeStoredByte(c.byte, c.side);
+    EXPECT_EQ(tbPlies(v), c.plies) << int(c.byte) << " side " << c.side;
+    EXPECT_EQ(tbKind(v), c.kind) << int(c.byte) << " side " << c.side;
+  }
+}
+
 TEST(TablebaseProbeTest, CacheKeepsTheMostRecentlyUsedBlocks) {
   // kpk has six blocks a side; the pawn's square picks the block.
   const char* kpk[] = {"k7/8/8/8/8/8/P7/4K3 w - - 0 1", "k7/8/8/8/P7/8/8/4K3 w - - 0 1",
@@ -182,6 +205,17 @@ TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
   EXPECT_EQ(endgameCatalogue[kqqk].status, 4u);
   closeTablebases(state);
   EXPECT_EQ(endgameCatalogue[kqqk].status, 0u);
+
+  // A hard probe that finds the cache gone, as one may while the tables are
+  // replaced, marks its endgame; the store's next set-up clears the mark.
+  const uint32_t w[] = {0, 9, 64}, b[] = {36, 64};
+  const uint8_t strong[] = {King, Queen, 0}, lone[] = {King, 0};
+  uint32_t kind, plies;
+  EXPECT_FALSE(probeEndgame(0, 64, w, b, strong, lone, true, kind, plies));
+  EXPECT_EQ(endgameCatalogue[0].status, 4u);
+  initStore(0, 4, {gtb4});
+  EXPECT_EQ(endgameCatalogue[0].status, 0u);
+  closeStore();
 }
 
 }  // namespace
@@ -219,6 +253,70 @@ TEST(TablebaseProbeTest, EnPassantCaptureCountsWhenItIsBetter) {
   EXPECT_EQ(score, -afterCapture - 1);
   closeTablebases(state);
   std::remove((dir + "/kpkp.gtb.cp4").c_str());
+  rmdir(dir.c_str());
+}
+
+}  // namespace
+
+namespace {
+
+// The real kqk file, damaged in one way at a time, in a directory of its own.
+// kqk has two blocks a side; block b holds side b / 2 and indices from
+// b % 2 * 16384. A damaged block fails its hard probe and disables kqk until
+// the tables are closed; the blocks before it answer.
+TEST(TablebaseProbeTest, DamagedFilesTakeTheFailedLoadPath) {
+  const std::vector<uint8_t> original = gaviota::readFile(gtb4 + "/kqk.gtb.cp4");
+  ASSERT_GT(original.size(), 60u);
+  auto word = [](const std::vector<uint8_t>& f, size_t at) {
+    return uint32_t(f[at]) | uint32_t(f[at + 1]) << 8 | uint32_t(f[at + 2]) << 16 | uint32_t(f[at + 3]) << 24;
+  };
+  auto setWord = [](std::vector<uint8_t>& f, size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i) f[at + size_t(i)] = uint8_t(v >> (8 * i));
+  };
+  ASSERT_EQ(word(original, 32), 40u + 5 * 4);  // four blocks
+  const uint32_t block1 = word(original, 44);
+  const struct {
+    const char* what;
+    std::function<void(std::vector<uint8_t>&)> damage;
+    uint32_t firstFailing;  // 4: none
+  } cases[] = {
+      {"sound", [](std::vector<uint8_t>&) {}, 4},
+      {"empty", [](std::vector<uint8_t>& f) { f.clear(); }, 0},
+      {"header word 8 past the end", [&](std::vector<uint8_t>& f) { setWord(f, 32, uint32_t(f.size()) + 4); }, 0},
+      {"offsets backwards", [&](std::vector<uint8_t>& f) { setWord(f, 48, block1 - 1); }, 0},
+      {"cut inside the last block", [](std::vector<uint8_t>& f) { f.erase(f.end() - 3, f.end()); }, 0},
+      {"block 1 with filter byte 2", [&](std::vector<uint8_t>& f) { f[block1 + 1] = 2; }, 1},
+      {"block 3 larger than the input area",
+       [&](std::vector<uint8_t>& f) {
+         f.insert(f.end(), TransferAreaSize, 0);
+         setWord(f, 56, uint32_t(f.size()));
+       },
+       3},
+      {"a table of three blocks, block 3 beyond it", [&](std::vector<uint8_t>& f) { setWord(f, 32, 40 + 4 * 4); }, 3},
+  };
+  const std::string dir = ::testing::TempDir() + "tolva_damaged_" + std::to_string(getpid());
+  mkdir(dir.c_str(), 0700);
+  const uint8_t strong[] = {King, Queen, 0}, lone[] = {King, 0};
+  TablebaseState state;
+  for (const auto& c : cases) {
+    std::vector<uint8_t> file = original;
+    c.damage(file);
+    FILE* f = std::fopen((dir + "/kqk.gtb.cp4").c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    std::fwrite(file.data(), 1, file.size(), f);
+    std::fclose(f);
+    initTablebases(state, "gaviota", dir.c_str(), 16);
+    for (uint32_t block = 0; block < 4; ++block) {
+      uint32_t w[3], b[2], kind, plies;
+      ASSERT_TRUE(endgameCatalogue[0].indexToPosition(block % 2 * 16384 + 300, w, b));
+      const bool answered = probeEndgame(block / 2, 64, w, b, strong, lone, true, kind, plies);
+      EXPECT_EQ(answered, block < c.firstFailing) << c.what << ", block " << block;
+      EXPECT_TRUE(answered || kind == 3) << c.what;
+    }
+    EXPECT_EQ(endgameCatalogue[0].status, c.firstFailing < 4 ? 4u : 0u) << c.what;
+  }
+  closeTablebases(state);
+  std::remove((dir + "/kqk.gtb.cp4").c_str());
   rmdir(dir.c_str());
 }
 
