@@ -138,7 +138,11 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   // the game board while this one picks.
   if (player.randomGame && player.randomMove(self.board, move)) decided = true;
   // Never in analysis: only a timed search asks the book.
-  if (!decided && tc.timed && player.bookEnabled && player.book.probe(*player.board, move)) decided = true;
+  if (!decided && tc.timed && player.bookEnabled) {
+    // The book tries its moves for legality on a copy, for the same reason.
+    self.board = *player.board;
+    decided = player.book.probe(self.board, move);
+  }
   if (!decided && !self.stopRequested()) {
     if (player.pawnHash) player.pawnHash->hits.set(0);
     if (!player.outOfBook) {
