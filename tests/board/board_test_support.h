@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -13,6 +14,8 @@
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
+#include "board/psq_table.h"
+#include "board/zobrist.h"
 
 inline Square sq(const char* name) { return makeSquare(name[0] - 'a', name[1] - '1'); }
 
@@ -63,3 +66,49 @@ inline bool playMoves(Board_0x88& b, const std::string& moves) {
   }
   return true;
 }
+
+// Lists and counts agree with the board; what a make keeps, by level: 0 nothing
+// more, 1 the key, 2 also the pawn key and psq, summed over the board.
+inline std::string sumsDisagree(const Board_0x88& b, int level) {
+  static constexpr uint8_t classOfSlot[8] = {King, Queen, Rook, Rook, Bishop, Bishop, Knight, Knight};
+  uint64_t key = 0, pawnKey = 0;
+  ScorePair psq[2] = {{0, 0}, {0, 0}};
+  int counts[2][7] = {}, totals[2] = {};
+  for (int s = 0; s < 128; ++s) {
+    if (s & 0x88) continue;
+    if (b.piece[s] == NoPiece) {
+      if (b.color[s] != NoColor || b.slot[s] != NoSlot) return "empty square with colour or slot";
+      continue;
+    }
+    int c = b.color[s], t = b.piece[s];
+    if (c > Black) return "piece without colour";
+    if (b.slot[s] != NoSlot && b.side[c].square[b.slot[s]] != s) return "square and list slot disagree";
+    uint64_t k = pieceKey[c][t - 1][toSquare64(Square(s))];
+    key ^= k;
+    if (t == Pawn) pawnKey ^= k;
+    const ScorePair& v = psqTable[c][t - 1][toSquare64(Square(s))];
+    psq[c] = ScorePair{int16_t(psq[c].mg + v.mg), int16_t(psq[c].eg + v.eg)};
+    ++counts[c][t];
+    ++totals[c];
+  }
+  for (int c = 0; c < 2; ++c) {
+    for (int slot = 0; slot < 16; ++slot) {
+      Square s = b.side[c].square[slot];
+      if (s & 0x88) continue;
+      if (b.slot[s] != slot || b.color[s] != c) return "list slot points to a wrong square";
+      if (slot < 8 && b.piece[s] != classOfSlot[slot]) return "class slot holds another class";
+    }
+    for (int t = 1; t <= 6; ++t)
+      if (b.side[c].count[t] != counts[c][t]) return "count";
+    if (b.side[c].total != totals[c]) return "total";
+    if (level == 2 && !(b.psq[c] == psq[c])) return "psq";
+  }
+  for (int bit : {1, 2, 4, 8})
+    if (b.castlingRights & bit) key ^= castlingKey[bit];
+  if (b.epSquare != NoSquare) key ^= epKey[b.epSquare & 15];
+  if (b.sideToMove == Black) key ^= sideKey;
+  if (level >= 1 && b.currentRecord().hashKey != key) return "hashKey";
+  if (level == 2 && b.currentRecord().pawnHashKey != pawnKey) return "pawnHashKey";
+  return "";
+}
+

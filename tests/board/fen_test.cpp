@@ -1,58 +1,13 @@
-// The FEN reader and writer: what is accepted, repaired and refused, where the
-// pieces land in the lists, and keys, counts and psq against a from-scratch sum.
+// The FEN reader and writer: what is accepted, repaired and refused, and keys,
+// lists, counts and psq against a from-scratch sum.
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "board/fen_writer.h"
-#include "board/psq_table.h"
-#include "board/zobrist.h"
 #include "board_test_support.h"
 
 namespace {
 
-// Everything a set-up board must agree on, computed without the board's own helpers.
-void expectConsistent(const Board_0x88& b, const std::string& fen) {
-  SCOPED_TRACE(fen);
-  uint64_t key = 0, pawnKey = 0;
-  ScorePair psq[2] = {{0, 0}, {0, 0}};
-  int counts[2][7] = {}, totals[2] = {};
-  for (int s = 0; s < 128; ++s) {
-    if (s & 0x88) continue;
-    if (b.piece[s] == NoPiece) {
-      EXPECT_TRUE(b.color[s] == NoColor && b.slot[s] == NoSlot);
-      continue;
-    }
-    int c = b.color[s], t = b.piece[s];
-    uint64_t k = pieceKey[c][t - 1][toSquare64(Square(s))];
-    key ^= k;
-    if (t == Pawn) pawnKey ^= k;
-    const ScorePair& v = psqTable[c][t - 1][toSquare64(Square(s))];
-    psq[c] = ScorePair{int16_t(psq[c].mg + v.mg), int16_t(psq[c].eg + v.eg)};
-    ++counts[c][t];
-    ++totals[c];
-    if (b.slot[s] != NoSlot) {
-      EXPECT_EQ(b.side[c].square[b.slot[s]], s);
-    }
-  }
-  for (int bit : {1, 2, 4, 8})
-    if (b.castlingRights & bit) key ^= castlingKey[bit];
-  if (b.epSquare != NoSquare) key ^= epKey[b.epSquare & 15];
-  if (b.sideToMove == Black) key ^= sideKey;
-  EXPECT_EQ(b.currentRecord().hashKey, key);
-  EXPECT_EQ(b.currentRecord().pawnHashKey, pawnKey);
-  for (int c = 0; c < 2; ++c) {
-    EXPECT_EQ(b.psq[c], psq[c]);
-    EXPECT_EQ(b.side[c].total, totals[c]);
-    for (int t = 1; t <= 6; ++t) EXPECT_EQ(b.side[c].count[t], counts[c][t]);
-    for (int slot = 0; slot < 16; ++slot) {
-      Square s = b.side[c].square[slot];
-      if (!(s & 0x88)) {
-        EXPECT_TRUE(b.slot[s] == slot && b.color[s] == c);
-      }
-    }
-  }
-}
+void expectConsistent(const Board_0x88& b, const std::string& fen) { EXPECT_EQ(sumsDisagree(b, 2), "") << fen; }
 
 TEST(Fen, EverySuitePositionReadsConsistentlyAndWritesBackUnchanged) {
   const std::vector<SuiteLine> suite = readSuite();
@@ -141,46 +96,6 @@ TEST(Fen, RefusedTextsLeaveAClearedBoard) {
     EXPECT_EQ(b.sideToMove, NoColor) << fen;
     EXPECT_EQ(b.side[White].total + b.side[Black].total, 0) << fen;
   }
-}
-
-// Kings, queens, rooks, bishops and knights have class slots 0, 1, 2-3, 4-5,
-// 6-7 in text order; pawns and the extra pieces share 8-15; the rest none.
-TEST(Fen, PiecesTakeTheirSlotsInTextOrder) {
-  const struct {
-    const char* fen;
-    std::vector<std::pair<const char*, int>> slots;
-  } cases[] = {
-      {startPositionFen, {{"e1", 0}, {"d1", 1}, {"a1", 2}, {"h1", 3}, {"c1", 4}, {"f1", 5}, {"b1", 6}, {"g1", 7},
-                          {"a2", 8}, {"h2", 15}, {"e8", 0}, {"g8", 7}, {"a7", 8}}},
-      {"QQQ1k3/8/8/8/8/8/P7/4K3 w - - 0 1", {{"a8", 1}, {"b8", 8}, {"c8", 9}, {"a2", 10}}},
-      {"4k3/8/8/8/8/8/8/K3K3 w - - 0 1", {{"a1", 0}, {"e1", NoSlot}}},
-      {"4k3/8/8/8/8/P7/PPPPPPPP/4K3 w - - 0 1", {{"a3", 8}, {"g2", 15}, {"h2", NoSlot}}},
-      {"4k3/8/8/8/8/8/PPPPPPPP/RRR1K3 w - - 0 1", {{"a1", 2}, {"b1", 3}, {"c1", NoSlot}}},
-      {"4k3/8/8/8/8/8/NNNNNNNN/NNN1K3 w - - 0 1", {{"a2", 6}, {"b2", 7}, {"b1", 15}, {"c1", NoSlot}}},
-  };
-  for (const auto& c : cases) {
-    Board_0x88 b;
-    ASSERT_TRUE(setupFromFen(b, c.fen)) << c.fen;
-    for (const auto& [square, slot] : c.slots) EXPECT_EQ(b.slot[sq(square)], slot) << c.fen << " " << square;
-    expectConsistent(b, c.fen);
-  }
-}
-
-TEST(Fen, ZobristKeysAreDistinctAndUseEveryBit) {
-  Board_0x88 board;  // draws the keys
-  std::set<uint64_t> seen;
-  uint64_t orAll = 0;
-  auto take = [&](uint64_t k) {
-    EXPECT_TRUE(k != 0 && seen.insert(k).second);
-    orAll |= k;
-  };
-  for (auto& colour : pieceKey)
-    for (auto& type : colour)
-      for (uint64_t k : type) take(k);
-  for (int bit : {1, 2, 4, 8}) take(castlingKey[bit]);
-  for (uint64_t k : epKey) take(k);
-  take(sideKey);
-  EXPECT_EQ(orAll, ~uint64_t(0));
 }
 
 }  // namespace

@@ -54,13 +54,6 @@ std::vector<Move> sorted(const MoveList& list) {
   return out;
 }
 
-bool inCheck(Board_0x88& b) {
-  MoveList list;
-  bool check = false;
-  generateLegalMoves(b, list, check);
-  return check;
-}
-
 // Whether a piece of colour `a` attacks `target`, by walking every piece's moves.
 bool attackedByScan(const Board_0x88& b, int target, Color a) {
   static const int knight[8] = {-33, -31, -18, -14, 14, 18, 31, 33}, king[8] = {-17, -16, -15, -1, 1, 15, 16, 17};
@@ -99,6 +92,7 @@ std::string disagreement(Board_0x88& b) {
   generateLegalMoves(b, legal, check);
   std::vector<Move> legalSorted = sorted(legal);
   if (std::adjacent_find(legalSorted.begin(), legalSorted.end()) != legalSorted.end()) return "duplicate legal move";
+  if (b.side[b.sideToMove].square[0] == NoSquare) return "";  // kingless: the rows below need a king
   for (uint32_t i = 0; i < legal.count; ++i)
     if (legal.moves[i].value != 0) return "value not 0";
 
@@ -128,30 +122,21 @@ std::string disagreement(Board_0x88& b) {
     if (trial != legal.contains(m)) return "trial of " + moveToString(m);
   }
 
-  if (check) {
-    if (texts(generate(b, Gen::Evasions)) != texts(legal)) return "evasions differ from the legal list";
-  } else {
-    const MoveList all = generate(b, Gen::All), captures = generate(b, Gen::Captures), quiets = generate(b, Gen::Quiets);
-    if (texts(all) != texts(legal)) return "all moves differ from the legal list";
-    const Color them = opponent(Color(b.sideToMove));
-    std::string queenOnly;
-    MoveList joined = captures;
-    for (uint32_t i = 0; i < captures.count; ++i) {
-      Move m = captures.moves[i].move;
-      if (moveKind(m) == MoveNormal ? b.color[moveToSquare(m)] != them : moveKind(m) == MoveCastling)
-        return "not a capture among captures: " + moveToString(m);
-      if (moveKind(m) != MovePromotion || promotionPiece(m) == Queen)
-        queenOnly += (queenOnly.empty() ? "" : " ") + moveToString(m);
-    }
-    for (uint32_t i = 0; i < quiets.count; ++i) {
-      Move m = quiets.moves[i].move;
-      if (moveKind(m) == MoveEnPassant || moveKind(m) == MovePromotion || b.piece[moveToSquare(m)] != NoPiece)
-        return "not a quiet move among quiets: " + moveToString(m);
-      joined.add(m);
-    }
-    if (sorted(joined) != legalSorted) return "captures + quiets differ from all moves";
-    if (texts(generate(b, Gen::CapturesQueenOnly)) != queenOnly) return "queen-only captures";
-  }
+  // The split lists are the legal list filtered, in its order.
+  auto only = [&](auto keep) {
+    std::string out;
+    for (uint32_t i = 0; i < legal.count; ++i)
+      if (keep(legal.moves[i].move)) out += (out.empty() ? "" : " ") + moveToString(legal.moves[i].move);
+    return out;
+  };
+  auto capture = [&](Move m) { return moveKind(m) != MoveCastling && (moveKind(m) != MoveNormal || b.piece[moveToSquare(m)]); };
+  if (check) return texts(generate(b, Gen::Evasions)) == texts(legal) ? "" : "evasions differ from the legal list";
+  if (texts(generate(b, Gen::All)) != texts(legal)) return "all moves differ from the legal list";
+  if (texts(generate(b, Gen::Captures)) != only(capture)) return "captures";
+  if (texts(generate(b, Gen::Quiets)) != only([&](Move m) { return !capture(m); })) return "quiets";
+  if (texts(generate(b, Gen::CapturesQueenOnly)) !=
+      only([&](Move m) { return capture(m) && (moveKind(m) != MovePromotion || promotionPiece(m) == Queen); }))
+    return "queen-only captures";
   if (b.currentRecord().hashKey != keyBefore) return "the board changed";
   return "";
 }
@@ -175,7 +160,6 @@ TEST(MoveGeneration, SuitePositionsAndTheirChildren) {
   const std::vector<SuiteLine> suite = readSuite();
   ASSERT_GT(suite.size(), 100u);
   uint64_t compared = 0;
-  int evasionPositions = 0;
   for (const SuiteLine& line : suite) {
     Board_0x88 b;
     ASSERT_TRUE(setupFromFen(b, line.fen.c_str())) << line.fen;
@@ -190,13 +174,11 @@ TEST(MoveGeneration, SuitePositionsAndTheirChildren) {
     for (uint32_t i = 0; i < list.count; ++i) {
       UndoRecord undo;
       makeMoveForSide(b, list.moves[i].move, undo);
-      evasionPositions += inCheck(b);
       EXPECT_EQ(disagreement(b), "") << line.fen << " after " << moveToString(list.moves[i].move);
       unmakeMoveForSide(b, list.moves[i].move, undo);
     }
   }
   EXPECT_GT(compared, 4000000u);
-  EXPECT_GT(evasionPositions, 100);
 }
 
 // The order of the list: en passant first, then the pieces by slot in the
@@ -221,7 +203,19 @@ TEST(MoveGeneration, OrderOfTheList) {
       {"7k/8/8/8/8/8/3p4/2R1R1K1 b - - 0 1", "d2", "d2e1q d2e1n d2e1r d2e1b d2c1q d2c1n d2c1r d2c1b d2d1q d2d1n d2d1r d2d1b", -1, false},
       {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1 e1c1", -1, false},
       {"r3k2r/8/8/8/8/8/8/4K3 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7 e8d7 e8g8 e8c8", -1, false},
+      // Castling needs the right, free squares, and no check on the king's way.
       {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1d2 e1c1", -1, false},
+      {"3rk3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1e2 e1f1 e1f2 e1g1", -1, false},
+      {"2r1k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1", -1, false},
+      {"4k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1", -1, false},
+      {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1", -1, false},
+      {"4k3/8/8/8/8/8/8/R3KB1R w KQ - 0 1", "e1", "e1d1 e1e2 e1d2 e1f2 e1c1", -1, false},
+      {"4k3/8/8/8/8/8/8/R3K2R w K - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1", -1, false},
+      {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1", -1, false},
+      {"4k3/8/8/8/8/8/7p/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1", -1, false},
+      {"4k3/8/8/8/4q3/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1f1 e1d2 e1f2", -1, true},
+      {"r3k2r/8/5N2/8/8/8/8/4K3 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7", -1, true},
+      {"r3k2r/8/8/8/8/8/8/1R2K1R1 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7 e8d7 e8c8", -1, false},
       // Pins: along the line only; a pawn pinned on a diagonal may take the pinner.
       {"4k3/4r3/8/8/8/8/4N3/4K3 w - - 0 1", "e2", "", -1, false},
       {"4k3/4r3/8/8/8/8/4R3/4K3 w - - 0 1", "e2", "e2e3 e2e4 e2e5 e2e6 e2e7", -1, false},
@@ -255,47 +249,6 @@ TEST(MoveGeneration, OrderOfTheList) {
     std::string got = texts(list, *c.from ? sq(c.from) : NoSquare);
     if (!*c.from) got = got.substr(0, std::string(c.moves).size());
     EXPECT_EQ(got, c.moves);
-    if (b.side[b.sideToMove].square[0] != NoSquare) {
-      EXPECT_EQ(disagreement(b), "");
-    }
-  }
-}
-
-TEST(MoveGeneration, CastlingNeedsRightsFreeSquaresAndSafePassage) {
-  const struct {
-    const char* fen;
-    bool kingSide, queenSide;
-  } cases[] = {
-      {"4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", true, true},
-      {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", false, true},   // f1 passed under attack
-      {"3rk3/8/8/8/8/8/8/R3K2R w KQ - 0 1", true, false},   // d1 passed under attack
-      {"2r1k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", true, false},  // c1 is the destination
-      {"4k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", false, true},  // g1 is the destination
-      {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", true, true},   // b1 attacked is no matter
-      {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", true, false},   // b1 occupied
-      {"4k3/8/8/8/8/8/8/R3KB1R w KQ - 0 1", false, true},   // f1 occupied
-      {"4k3/8/8/8/8/8/8/R3K2R w K - 0 1", true, false},
-      {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", false, true},
-      {"4k3/8/8/8/8/8/7p/R3K2R w KQ - 0 1", false, true},  // the pawn on h2 covers g1
-      {"4k3/8/8/8/4q3/8/8/R3K2R w KQ - 0 1", false, false},  // in check
-      {"r3k2r/8/5N2/8/8/8/8/4K3 b kq - 0 1", false, false},
-      {"r3k2r/8/8/8/8/8/8/1R2K1R1 b kq - 0 1", false, true},
-      {"r3k2r/8/8/8/8/8/8/4K3 b kq - 0 1", true, true},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.fen);
-    Board_0x88 b;
-    ASSERT_TRUE(setupFromFen(b, c.fen));
-    const bool white = b.sideToMove == White;
-    Move kingSide = legalMove(b, white ? "e1g1" : "e8g8"), queenSide = legalMove(b, white ? "e1c1" : "e8c8");
-    EXPECT_EQ(kingSide != NoMove, c.kingSide);
-    EXPECT_EQ(queenSide != NoMove, c.queenSide);
-    if (kingSide) {
-      EXPECT_EQ(moveDetail(kingSide), white ? CastleWhiteKingSide : CastleBlackKingSide);
-    }
-    if (queenSide) {
-      EXPECT_EQ(moveDetail(queenSide), white ? CastleWhiteQueenSide : CastleBlackQueenSide);
-    }
     EXPECT_EQ(disagreement(b), "");
   }
 }
