@@ -22,20 +22,15 @@ struct NoEngine : EngineInterface {
   void makeEngineMove(Move&) override {}
 };
 
+// Pieces of each colour and type on the board, and of each colour.
 struct Census {
   uint64_t count[2][7] = {};
   int total[2] = {};
+  explicit Census(const Board_0x88& b) {
+    for (int sq = 0; sq < 128; ++sq)
+      if (onBoard(sq) && b.piece[sq] != NoPiece) ++count[b.color[sq]][b.piece[sq]], ++total[b.color[sq]];
+  }
 };
-
-Census takeCensus(const Board_0x88& b) {
-  Census c;
-  for (int sq = 0; sq < 128; ++sq)
-    if (onBoard(sq) && b.piece[sq] != NoPiece) {
-      ++c.count[b.color[sq]][b.piece[sq]];
-      ++c.total[b.color[sq]];
-    }
-  return c;
-}
 
 // The same games, chosen by the same rand() calls, classified by what changed on the board.
 std::unique_ptr<RandomGameStats> recount(uint64_t games) {
@@ -53,11 +48,11 @@ std::unique_ptr<RandomGameStats> recount(uint64_t games) {
       Square from = moveFromSquare(m), to = moveToSquare(m);
       Color them = opponent(Color(b->sideToMove));
       PieceType mover = PieceType(b->piece[from]);
-      Census before = takeCensus(*b);
+      Census before(*b);
       bool toWasEmpty = b->piece[to] == NoPiece;
       b->history[b->ply].movePlayed = m;
       makeMoveForSide(*b, m, undo);
-      Census after = takeCensus(*b);
+      Census after(*b);
 
       ++s->positions;
       ++s->movesOfPiece[mover];
@@ -91,11 +86,6 @@ std::unique_ptr<RandomGameStats> recount(uint64_t games) {
   return s;
 }
 
-template <typename T, size_t N>
-bool same(const T (&a)[N], const T (&b)[N]) {
-  return std::equal(std::begin(a), std::end(a), std::begin(b));
-}
-
 TEST(RandomGamesTest, StatisticsMatchARecountOfTheSameGames) {
   TimeControl clock;
   NoEngine engine;
@@ -108,19 +98,7 @@ TEST(RandomGamesTest, StatisticsMatchARecountOfTheSameGames) {
   auto expected = recount(40);
 
   EXPECT_GT(stats->positions, 1000u);
-  EXPECT_EQ(stats->positions, expected->positions);
-  EXPECT_EQ(stats->captures, expected->captures);
-  EXPECT_EQ(stats->promotions, expected->promotions);
-  EXPECT_EQ(stats->castlings, expected->castlings);
-  EXPECT_EQ(stats->epCaptures, expected->epCaptures);
-  EXPECT_EQ(stats->doubleSteps, expected->doubleSteps);
-  EXPECT_TRUE(same(stats->movesOfPiece, expected->movesOfPiece));
-  EXPECT_TRUE(same(stats->capturesOfPiece, expected->capturesOfPiece));
-  EXPECT_TRUE(same(stats->promotionsInto, expected->promotionsInto));
-  EXPECT_TRUE(same(stats->gameLength, expected->gameLength));
-  EXPECT_EQ(0, std::memcmp(stats->presence, expected->presence, sizeof stats->presence));
-  EXPECT_EQ(0, std::memcmp(stats->pieceCountFrequency, expected->pieceCountFrequency,
-                           sizeof stats->pieceCountFrequency));
+  EXPECT_EQ(std::memcmp(stats.get(), expected.get(), sizeof *stats), 0);
 }
 
 // A game that would run past the end of the player's move record stops just
