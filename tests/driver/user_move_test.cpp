@@ -2,13 +2,9 @@
 // player without threads.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <iostream>
-#include <sstream>
 
-#include "board/fen.h"
-#include "board/move_generation.h"
-#include "board/move_text.h"
+#include "../board/board_test_support.h"
 #include "driver/chess_player.h"
 #include "driver/time_control.h"
 
@@ -19,18 +15,6 @@ class NoEngine : public EngineInterface {
   void makeEngineMove(Move&) override {}
 };
 
-// Everything written to std::cout while it lives.
-class CoutCapture {
- public:
-  CoutCapture() : saved_(std::cout.rdbuf(buffer_.rdbuf())) {}
-  ~CoutCapture() { std::cout.rdbuf(saved_); }
-  std::string text() const { return buffer_.str(); }
-
- private:
-  std::ostringstream buffer_;
-  std::streambuf* saved_;
-};
-
 class UserMove : public ::testing::Test {
  protected:
   void setPosition(const char* fen) { ASSERT_TRUE(setupFromFen(*player.board, fen)) << fen; }
@@ -38,29 +22,18 @@ class UserMove : public ::testing::Test {
     Move move = NoMove;
     return player.parseUserMove(text, move) ? move : NoMove;
   }
-  // The generated move written as `text`, flags and all; NoMove for "".
-  Move generated(const std::string& text) {
-    MoveList list;
-    bool inCheck;
-    generateLegalMoves(*player.board, list, inCheck);
-    for (uint32_t i = 0; i < list.count; ++i)
-      if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
-    return NoMove;
-  }
   // Plays moves as the game does: record, then the loop's end-of-game check.
   void play(const std::string& moves) {
     std::istringstream in(moves);
     std::string text;
-    while (in >> text) {
-      ASSERT_TRUE(player.recordMove(parse(text))) << text;
-      CoutCapture quiet;
-      ASSERT_FALSE(player.reportGameEnd()) << text;
-    }
+    bool over = false;
+    while (in >> text && !over) ASSERT_TRUE(player.recordMove(parse(text)) && gameEnd(over).empty()) << text;
   }
   std::string gameEnd(bool& over) {
-    CoutCapture capture;
+    ::testing::internal::CaptureStdout();
     over = player.reportGameEnd();
-    return capture.text();
+    std::cout.flush();
+    return ::testing::internal::GetCapturedStdout();
   }
 
   TimeControl clock;
@@ -90,7 +63,7 @@ TEST_F(UserMove, TextNamesTheGeneratedMove) {
   };
   for (const auto& c : cases) {
     setPosition(c.fen);
-    for (const auto& [text, named] : c.texts) EXPECT_EQ(parse(text), generated(named)) << c.fen << " \"" << text << '"';
+    for (const auto& [text, named] : c.texts) EXPECT_EQ(parse(text), legalMove(*player.board, named)) << c.fen << " \"" << text << '"';
     EXPECT_EQ(player.board->ply, 0u);  // nothing was played
   }
 }
