@@ -1,5 +1,5 @@
-// Random games and random positions: the statistics against a recount of the
-// same games made here from the board alone, and the positions as real FEN.
+// Random games: the statistics against a recount of the same games made here
+// from the board alone.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -8,11 +8,9 @@
 
 #include "board/draw_rules.h"
 #include "board/fen.h"
-#include "board/fen_writer.h"
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "diagnostics/random_games.h"
-#include "diagnostics/random_positions.h"
 #include "driver/chess_player.h"
 
 namespace {
@@ -85,27 +83,6 @@ TEST(RandomGames, StatisticsMatchARecountOfTheSameGames) {
     playRandomGame(player, *stats);
     EXPECT_TRUE(stats->positions == left && player.ply == MaxGamePly && stats->gameLength[MaxGamePly] == 1u) << left;
   }
-}
-
-TEST(RandomPositions, EveryPositionIsLegalAndReadsBackToItsFen) {
-  TimeControl clock;
-  NoEngine engine;
-  ChessPlayer player{&clock, &engine};
-  auto scratch = std::make_unique<Board_0x88>();
-  std::srand(7);
-  int withRights = 0, withEnPassant = 0, late = 0;
-  for (int i = 0; i < 1000; ++i) {
-    std::string fen = randomPositionFen(*scratch);
-    ASSERT_TRUE(setupFromFen(*player.board, fen.c_str())) << fen;
-    EXPECT_TRUE(player.hasPlayablePosition()) << fen;
-    EXPECT_EQ(positionToFen(*player.board), fen);
-    EXPECT_EQ(player.board->history[0].hashKey, scratch->history[scratch->ply].hashKey) << fen;
-    withRights += player.board->castlingRights != 0;
-    withEnPassant += player.board->epSquare != NoSquare;
-    late += player.board->setupMoveNumber > 40;
-  }
-  // Real games: some positions keep rights, some have an en-passant square, some are late.
-  EXPECT_TRUE(withRights > 50 && withEnPassant > 0 && late > 100);
 }
 
 }  // namespace

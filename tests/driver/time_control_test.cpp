@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -33,15 +34,11 @@ TEST(TimeControl, LevelAndSd) {
     EXPECT_EQ(tc.increment, c.centiIncrement) << c.time;
     EXPECT_EQ(tc.elapsed, 1234u);  // level leaves the clock alone
   }
-  // sd limits the depth, not the time; a refused one keeps the last.
+  // sd limits the depth, not the time; a refused one keeps the last. A new game
+  // brings back 40 moves in 5 minutes, timed unless analyzing, the clock at 0.
   TimeControl tc;
-  EXPECT_FALSE(tc.setDepth("-1"));
-  EXPECT_FALSE(tc.depthLimited);
-  EXPECT_TRUE(tc.setDepth("0") && tc.depthLimited && tc.maxDepth == 0u);
-  EXPECT_TRUE(tc.setDepth("12") && tc.maxDepth == 12u && tc.timed);
-  EXPECT_FALSE(tc.setDepth("-5"));
-  EXPECT_TRUE(tc.depthLimited && tc.maxDepth == 12u);
-  // A new game brings back 40 moves in 5 minutes, timed, clock stopped at 0.
+  EXPECT_TRUE(!tc.setDepth("-1") && !tc.depthLimited && tc.setDepth("0") && tc.depthLimited && tc.maxDepth == 0u);
+  EXPECT_TRUE(tc.setDepth("12") && !tc.setDepth("-5") && tc.depthLimited && tc.maxDepth == 12u && tc.timed);
   tc.setLevel("0", "1", "5");
   tc.startClockAt(100);
   tc.elapsed = 5000;
@@ -102,21 +99,18 @@ TEST(TimeControl, Allocation) {
   }
 }
 
-TEST(TimeControl, OutOfBookCorrectionSkipsTheLastMovesOfASession) {
-  const struct {
-    const char* moves;
-    int32_t before;
-    uint32_t ply;
-    int32_t after;
-  } cases[] = {{"40", 675, 60, 1012}, {"40", 675, 70, 675}, {"0", -22, 300, -33}};
-  for (const auto& c : cases) {
+// Out of book the budget grows by half, except in the last moves of a session.
+TEST(TimeControl, OutOfBookCorrection) {
+  const std::tuple<const char*, int32_t, uint32_t, int32_t> cases[] = {
+      {"40", 675, 60, 1012}, {"40", 675, 70, 675}, {"0", -22, 300, -33}};
+  for (const auto& [moves, before, ply, after] : cases) {
     TimeControl tc;
-    ASSERT_TRUE(tc.setLevel(c.moves, "5", "0"));
-    tc.maxTime = uint32_t(c.before);
+    ASSERT_TRUE(tc.setLevel(moves, "5", "0"));
+    tc.maxTime = uint32_t(before);
     std::ostringstream out;
-    tc.correctOutOfBook(c.ply, out);
-    EXPECT_EQ(int32_t(tc.maxTime), c.after) << c.ply;
-    EXPECT_EQ(out.str(), c.after == c.before ? "" : "# out of book: corrected maxTime = " + std::to_string(c.after) + "\n");
+    tc.correctOutOfBook(ply, out);
+    EXPECT_EQ(int32_t(tc.maxTime), after) << ply;
+    EXPECT_EQ(out.str(), after == before ? "" : "# out of book: corrected maxTime = " + std::to_string(after) + "\n");
   }
 }
 
@@ -165,12 +159,10 @@ TEST(TimeControl, ClockRunsOnAcrossThinksAndWrapsAt32Bits) {
 
   // The real clock counts centiseconds.
   EXPECT_LT(uint32_t(TimeControl::timeStamp() - uint32_t(std::time(nullptr)) * 100u), 200u);
-  tc.elapsed = 1000;
   tc.startClock();
   std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  const uint32_t reading = tc.currentElapsed();
   tc.stopClock();
-  EXPECT_TRUE(reading >= 1005u && tc.elapsed >= reading && tc.elapsed < 1500u) << reading << " " << tc.elapsed;
+  EXPECT_TRUE(tc.elapsed >= 837u && tc.elapsed < 1332u) << tc.elapsed;
   // A stopped clock is read as it stands by the allocation.
   std::ostringstream out;
   tc.elapsed = 6000;

@@ -136,16 +136,6 @@ TEST_F(UserMove, GameEndTexts) {
     EXPECT_EQ(gameEnd(over), c.text) << c.fen;
     EXPECT_EQ(over, *c.text != 0) << c.fen;
   }
-  // A refused text leaves no playable position: nothing to parse, offer or report.
-  EXPECT_FALSE(setupFromFen(*player.board, "4k3/8/8/8/4X3/8/8/4K2R w K - 0 1"));
-  ASSERT_FALSE(player.hasPlayablePosition());
-  bool over = true;
-  EXPECT_EQ(gameEnd(over), "");
-  EXPECT_FALSE(over);
-  Move move = 12345;
-  EXPECT_FALSE(player.parseUserMove("e1e2", move));
-  EXPECT_EQ(move, 12345);
-  EXPECT_FALSE(player.shouldOfferDraw(encodeMove(Square64(4), Square64(12))));
 }
 
 }  // namespace
