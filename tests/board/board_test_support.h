@@ -1,14 +1,12 @@
 #pragma once
-// Small helpers shared by the board tests: squares and moves by name, and the
-// positions of perft-suite.epd with their leaf counts.
+// Helpers shared by the board tests (and a few others): squares and moves by
+// name, the positions of perft-suite.epd with their leaf counts, and a board
+// checked against sums made from scratch.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "board/fen.h"
 #include "board/make_move.h"

@@ -1,9 +1,5 @@
 #include "board/draw_rules.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 #include "board_test_support.h"
 
 namespace {
@@ -43,11 +39,7 @@ std::string drawsAlong(const char* fen, const std::string& steps) {
 
 TEST(DrawRules, RepetitionFiftyMovesAndMaterial) {
   const char* dance = " g1f3 g8f6 f3g1 f6g8";
-  const struct {
-    const char* fen;
-    std::string steps;
-    const char* expected;
-  } cases[] = {
+  const struct { const char* fen; std::string steps; const char* expected; } cases[] = {
       // Second occurrence for the search, third for the game, a fourth still one;
       // taken back, the position before is only a second occurrence again.
       {startPositionFen, std::string(dance) + dance + dance + " back back back back back", "----rrrrRRRRRRRRRr"},

@@ -1,7 +1,5 @@
 // The FEN reader and writer: what is accepted, repaired and refused, and keys,
 // lists, counts and psq against a from-scratch sum.
-#include <gtest/gtest.h>
-
 #include "board/fen_writer.h"
 #include "board_test_support.h"
 
@@ -21,12 +19,7 @@ TEST(Fen, EverySuitePositionReadsConsistentlyAndWritesBackUnchanged) {
 
 // Read, play the moves, write: the writer's text, with what the reader dropped.
 TEST(Fen, ReadPlayAndWriteBack) {
-  const struct {
-    const char* fen;
-    const char* moves;
-    const char* written;  // nullptr: refused
-    const char* warnings;
-  } cases[] = {
+  const struct { const char *fen, *moves, *written, *warnings; } cases[] = {
       {startPositionFen, "e2e4", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1", ""},
       {startPositionFen, "e2e4 d7d5 e4e5 f7f5", "rnbqkbnr/ppp1p1pp/8/3pPp2/8/8/PPPP1PPP/RNBQKBNR w KQkq f6 0 3", ""},
       {"4k3/8/8/8/8/8/8/R3K3 b Q - 7 40", "e8d7 a1a7", "8/R2k4/8/8/8/8/8/4K3 b - - 9 41", ""},

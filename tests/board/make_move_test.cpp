@@ -2,8 +2,6 @@
 // with pieces outside the lists): each move against a model worked out from the
 // rules alone, keys and psq against a from-scratch sum, and every pair restoring
 // the board bit for bit, on the way down and on the way back.
-#include <gtest/gtest.h>
-
 #include <cstddef>
 #include <cstring>
 #include <random>

@@ -2,8 +2,6 @@
 // and every position one move after it: leaf counts, the generators against
 // each other, attack queries against a brute-force scan, and the trials against
 // the legal list. Then the order of the list and castling at its edges.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <set>
 
@@ -145,12 +143,11 @@ TEST(MoveGeneration, SuitePositionsAndTheirChildren) {
 }
 
 // The order of the list: en passant first, then the pieces by slot in the
-// direction tables' order, promotions queen first, castling last. `from`
-// picks one piece's moves, else the whole list; "..." ends a list's head.
+// direction tables' order, promotions queen first, castling last (the rules
+// at pins, checks and castling are the suite's to prove). `from` picks one
+// piece's moves, else the whole list; "..." ends a list's head.
 TEST(MoveGeneration, OrderOfTheList) {
-  const struct {
-    const char *fen, *from, *moves;
-  } cases[] = {
+  const struct { const char *fen, *from, *moves; } cases[] = {
       {startPositionFen, "", "b1a3 b1c3 g1f3 g1h3 a2a3 a2a4 b2b3 b2b4 c2c3 c2c4 d2d3 d2d4 e2e3 e2e4 f2f3 f2f4 g2g3 g2g4 h2h3 h2h4"},
       {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1", "", "b8c6 b8a6 g8h6 g8f6 a7a6 a7a5 b7b6 b7b5 c7c6 c7c5 d7d6 d7d5 e7e6 e7e5 f7f6 f7f5 g7g6 g7g5 h7h6 h7h5"},
       {"4k3/8/8/2PpP3/8/8/8/4K3 w - d6 0 1", "", "e5d6 c5d6 ..."},
@@ -159,30 +156,7 @@ TEST(MoveGeneration, OrderOfTheList) {
       {"k2r1r2/4P3/8/8/8/8/8/4K3 w - - 0 1", "e7", "e7d8q e7d8n e7d8r e7d8b e7f8q e7f8n e7f8r e7f8b e7e8q e7e8n e7e8r e7e8b"},
       {"1r2k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1 e1c1"},
       {"r3k2r/8/8/8/8/8/8/4K3 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7 e8d7 e8g8 e8c8"},
-      // Castling needs the right, free squares, and no check on the king's way.
-      {"4kr2/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1d2 e1c1"},
-      {"3rk3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1e2 e1f1 e1f2 e1g1"},
-      {"2r1k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1"},
-      {"4k1r1/8/8/8/8/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1"},
-      {"4k3/8/8/8/8/8/8/RN2K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1"},
-      {"4k3/8/8/8/8/8/8/R3KB1R w KQ - 0 1", "e1", "e1d1 e1e2 e1d2 e1f2 e1c1"},
-      {"4k3/8/8/8/8/8/8/R3K2R w K - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1g1"},
-      {"4k3/8/8/8/8/8/8/R3K2R w Q - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1"},
-      {"4k3/8/8/8/8/8/7p/R3K2R w KQ - 0 1", "e1", "e1d1 e1e2 e1f1 e1d2 e1f2 e1c1"},
-      {"4k3/8/8/8/4q3/8/8/R3K2R w KQ - 0 1", "e1", "e1d1 e1f1 e1d2 e1f2"},
-      {"r3k2r/8/5N2/8/8/8/8/4K3 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7"},
-      {"r3k2r/8/8/8/8/8/8/1R2K1R1 b kq - 0 1", "e8", "e8d8 e8f8 e8e7 e8f7 e8d7 e8c8"},
-      // Pins: along the line only; a pawn pinned on a diagonal may take the pinner.
-      {"4k3/4r3/8/8/8/8/4N3/4K3 w - - 0 1", "e2", ""},
-      {"4k3/4r3/8/8/8/8/4R3/4K3 w - - 0 1", "e2", "e2e3 e2e4 e2e5 e2e6 e2e7"},
-      {"4k3/8/8/8/7b/8/5Q2/4K3 w - - 0 1", "f2", "f2g3 f2h4"},
-      {"4k3/8/8/8/8/5b2/4P3/3K4 w - - 0 1", "e2", "e2f3"},
-      // En passant that uncovers the own king is never generated.
-      {"8/8/8/K2pP2r/8/8/8/7k w - d6 0 1", "e5", "e5e6"},
-      {"8/7k/8/8/3pP3/8/8/1B2K3 b - e3 0 1", "d4", "d4d3"},
-      {"4r2k/8/8/2PpP3/4K3/8/8/8 w - d6 0 1", "", "c5d6 ..."},
-      // Double check: king moves only. Mate and stalemate: nothing.
-      {"4k3/8/3N4/8/8/8/8/4RK2 b - - 0 1", "", "e8d8 e8f8 e8d7"},
+      // Mate and stalemate: nothing.
       {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "", ""},
       {"3R2k1/5ppp/8/8/8/8/8/6K1 b - - 0 1", "", ""},
       {"6rk/5Npp/8/8/8/8/8/6K1 b - - 0 1", "", ""},

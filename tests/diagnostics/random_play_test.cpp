@@ -1,15 +1,9 @@
 // Random games: the statistics against a recount of the same games made here
 // from the board alone.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 
+#include "../board/board_test_support.h"
 #include "board/draw_rules.h"
-#include "board/fen.h"
-#include "board/make_move.h"
-#include "board/move_generation.h"
 #include "diagnostics/random_games.h"
 #include "driver/chess_player.h"
 

@@ -5,18 +5,13 @@
 #include <chrono>
 #include <ctime>
 #include <sstream>
-#include <string>
 #include <thread>
 #include <tuple>
 
 namespace {
 
 TEST(TimeControl, LevelAndSd) {
-  const struct {
-    const char *moves, *time, *increment;
-    bool ok;
-    uint32_t movesPerSession, timePerSession, centiIncrement;
-  } cases[] = {
+  const struct { const char *moves, *time, *increment; bool ok; uint32_t movesPerSession, timePerSession, cs; } cases[] = {
       {"40", "5:30", "0", true, 40, 33000, 0},   {"0", "1:30", "0", true, 0, 9000, 0},
       {"0", "5", "3", true, 0, 30000, 300},      {"40", "0:30", "1.5", true, 40, 3000, 100},  // whole seconds
       {"20", ":45", "0", true, 20, 4500, 0},     {"30", "2:", "0", true, 30, 12000, 0},
@@ -31,7 +26,7 @@ TEST(TimeControl, LevelAndSd) {
     EXPECT_EQ(tc.setLevel(c.moves, c.time, c.increment), c.ok) << c.time;
     EXPECT_EQ(tc.movesPerSession, c.movesPerSession) << c.time;
     EXPECT_EQ(tc.timePerSession, c.timePerSession) << c.time;
-    EXPECT_EQ(tc.increment, c.centiIncrement) << c.time;
+    EXPECT_EQ(tc.increment, c.cs) << c.time;
     EXPECT_EQ(tc.elapsed, 1234u);  // level leaves the clock alone
   }
   // sd limits the depth, not the time; a refused one keeps the last. A new game
@@ -52,10 +47,11 @@ TEST(TimeControl, LevelAndSd) {
 // The host's `time` becomes elapsed; the allocation prints its figures and
 // grants 90% of what is available spread over the moves to come.
 TEST(TimeControl, Allocation) {
+  // `remaining` as `time` gives it; nullptr: `used` stands.
   const struct {
     const char *moves, *time, *increment;
     uint32_t ply;
-    const char* remaining;  // as `time` gives it; nullptr: `used` as it stands
+    const char* remaining;
     uint32_t used;
     const char *position, *figures;
     int32_t maxTime;
@@ -117,14 +113,7 @@ TEST(TimeControl, OutOfBookCorrection) {
 // The clock is read every 4096 nodes per thread (always without threads), and
 // the budget compared signed, across the 32-bit wrap; analyze mode has none.
 TEST(TimeControl, IsTimeUp) {
-  const struct {
-    uint32_t atMoveStart, elapsed;
-    int32_t maxTime;
-    bool timed;
-    uint32_t cores;
-    uint64_t nodes;
-    bool up;
-  } cases[] = {
+  const struct { uint32_t atMoveStart, elapsed; int32_t maxTime; bool timed; uint32_t cores; uint64_t nodes; bool up; } cases[] = {
       {500, 1000, 500, true, 1, 4097, false}, {500, 1000, 500, true, 4, 4096 * 3 + 1, false},
       {500, 1000, 500, true, 1, 8192, true},  {500, 1000, 500, true, 2, 0, true},
       {500, 1000, 500, true, 0, 4097, true},  {500, 1000, 501, true, 1, 4096, false},
