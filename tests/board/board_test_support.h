@@ -4,6 +4,7 @@
 // checked against sums made from scratch.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -31,11 +32,10 @@ inline std::vector<SuiteLine> readSuite() {
     size_t cut = text.find(';');
     if (cut == std::string::npos) continue;
     SuiteLine line{text.substr(0, text.find_last_not_of(' ', cut - 1) + 1), {}};
-    std::istringstream fields(text.substr(cut));
-    std::string field, name;
+    std::replace(text.begin() + cut, text.end(), ';', ' ');
+    std::string depth;
     uint64_t n;
-    while (std::getline(fields, field, ';'))
-      if (std::istringstream(field) >> name >> n) line.counts.push_back(n);
+    for (std::istringstream fields(text.substr(cut)); fields >> depth >> n;) line.counts.push_back(n);
     lines.push_back(line);
   }
   return lines;
@@ -54,8 +54,7 @@ inline Move legalMove(Board_0x88& b, const std::string& text) {
 // Plays the blank-separated moves as the game does; false at the first one that isn't legal.
 inline bool playMoves(Board_0x88& b, const std::string& moves) {
   std::istringstream in(moves);
-  std::string text;
-  while (in >> text) {
+  for (std::string text; in >> text;) {
     Move m = legalMove(b, text);
     if (m == NoMove) return false;
     b.currentRecord().movePlayed = m;
@@ -86,8 +85,7 @@ inline std::string sumsDisagree(const Board_0x88& b, int level) {
     if (t == Pawn) pawnKey ^= k;
     const ScorePair& v = psqTable[c][t - 1][toSquare64(Square(s))];
     psq[c] = ScorePair{int16_t(psq[c].mg + v.mg), int16_t(psq[c].eg + v.eg)};
-    ++counts[c][t];
-    ++totals[c];
+    ++counts[c][t], ++totals[c];
   }
   for (int c = 0; c < 2; ++c) {
     for (int slot = 0; slot < 16; ++slot) {
