@@ -31,50 +31,49 @@ std::string statistics(uint32_t depth, uint32_t time, const SearchTotals& totals
   return out.str();
 }
 
-TEST(SearchOutputTest, ThinkingLineFieldsAndMoves) {
-  SearchTotals totals;
-  totals.nodes = 123456;
-  totals.selDepth = 17;
-  totals.tbHits = 3;
-  totals.qsNodes = 999;  // not part of the line
+TEST(SearchOutputTest, ThinkingLines) {
+  SearchTotals some;
+  some.nodes = 123456;
+  some.selDepth = 17;
+  some.tbHits = 3;
+  some.qsNodes = 999;  // not part of the line
+  SearchTotals large;
+  large.nodes = 50000000000ull;  // the rate needs 64 bits
+  large.selDepth = 99;
+  large.tbHits = 4294967296ull;
+  SearchTotals ten;
+  ten.nodes = 10;
   const Move e2e4 = encodeMove(sq(4, 1), sq(4, 3), MoveNormal, DetailDoubleStep);
   const Move e7e5 = encodeMove(sq(4, 6), sq(4, 4), MoveNormal, DetailDoubleStep);
   const Move g1f3 = encodeMove(sq(6, 0), sq(5, 2));
-  EXPECT_EQ(thinking(5, 31, 150, totals, lineOf({e2e4, e7e5, g1f3})), "5 31 150 123456 17 82304 3\te2e4 e7e5 g1f3\n");
-
   // Castling is the king's move; promotions carry their lower-case letter.
   const Move castle = encodeMove(sq(4, 0), sq(6, 0), MoveCastling, CastleWhiteKingSide);
   const Move promote = encodeMove(sq(0, 6), sq(1, 7), MovePromotion, Knight - 2);
   const Move underRook = encodeMove(sq(7, 1), sq(7, 0), MovePromotion, Rook - 2);
-  EXPECT_EQ(thinking(12, -45, 1, totals, lineOf({castle, promote, underRook})),
-            "12 -45 1 123456 17 12345600 3\te1g1 a7b8n h2h1r\n");
-
-  // A single move still gets its tab and no trailing blank.
-  EXPECT_EQ(thinking(1, 0, 3, totals, lineOf({g1f3})), "1 0 3 123456 17 4115200 3\tg1f3\n");
-}
-
-TEST(SearchOutputTest, ThinkingLineEdgeValues) {
-  SearchTotals totals;
-  // No moves: the seven numbers and the line break, no tab. Time 0 gives nps 0.
-  EXPECT_EQ(thinking(0, 0, 0, totals, PvLine{}), "0 0 0 0 0 0 0\n");
-  // Mate scores go out unconverted.
-  totals.nodes = 10;
-  EXPECT_EQ(thinking(3, 31999, 0, totals, PvLine{}), "3 31999 0 10 0 0 0\n");
-  EXPECT_EQ(thinking(4, -31998, 7, totals, PvLine{}), "4 -31998 7 10 0 142 0\n");
-  // The rate is worked out in 64 bits: nodes x 100 doesn't fit in 32.
-  totals.nodes = 50000000000ull;
-  totals.selDepth = 99;
-  totals.tbHits = 4294967296ull;
-  EXPECT_EQ(thinking(40, -32000, 4000000000u, totals, PvLine{}),
-            "40 -32000 4000000000 50000000000 99 1250 4294967296\n");
-  // A full line of 63 moves is written whole.
-  PvLine full;
-  const Move a = encodeMove(sq(0, 0), sq(0, 1)), b = encodeMove(sq(0, 1), sq(0, 0));
-  for (uint16_t i = 0; i < PvLine::capacity; ++i) full.moves[full.length++] = (i % 2) ? b : a;
-  std::string text = thinking(1, 1, 1, SearchTotals{}, full);
-  std::string moves;
-  for (int i = 0; i < PvLine::capacity; ++i) moves += std::string(i ? " " : "\t") + ((i % 2) ? "a2a1" : "a1a2");
-  EXPECT_EQ(text, "1 1 1 0 0 0 0" + moves + "\n");
+  PvLine full;  // 63 moves, written whole
+  std::string fullText;
+  for (uint16_t i = 0; i < PvLine::capacity; ++i) {
+    full.moves[full.length++] = i % 2 ? encodeMove(sq(0, 1), sq(0, 0)) : encodeMove(sq(0, 0), sq(0, 1));
+    fullText += std::string(i ? " " : "\t") + (i % 2 ? "a2a1" : "a1a2");
+  }
+  const struct {
+    uint32_t depth;
+    int32_t score;
+    uint32_t time;
+    SearchTotals totals;
+    PvLine line;
+    std::string expected;
+  } cases[] = {
+      {5, 31, 150, some, lineOf({e2e4, e7e5, g1f3}), "5 31 150 123456 17 82304 3\te2e4 e7e5 g1f3\n"},
+      {12, -45, 1, some, lineOf({castle, promote, underRook}), "12 -45 1 123456 17 12345600 3\te1g1 a7b8n h2h1r\n"},
+      {1, 0, 3, some, lineOf({g1f3}), "1 0 3 123456 17 4115200 3\tg1f3\n"},
+      {0, 0, 0, SearchTotals{}, PvLine{}, "0 0 0 0 0 0 0\n"},  // no moves, no tab; no time, nps 0
+      {3, 31999, 0, ten, PvLine{}, "3 31999 0 10 0 0 0\n"},  // mate scores unconverted
+      {4, -31998, 7, ten, PvLine{}, "4 -31998 7 10 0 142 0\n"},
+      {40, -32000, 4000000000u, large, PvLine{}, "40 -32000 4000000000 50000000000 99 1250 4294967296\n"},
+      {1, 1, 1, SearchTotals{}, full, "1 1 1 0 0 0 0" + fullText + "\n"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(thinking(c.depth, c.score, c.time, c.totals, c.line), c.expected);
 }
 
 TEST(SearchOutputTest, StatisticsBlock) {
