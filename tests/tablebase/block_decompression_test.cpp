@@ -1,12 +1,9 @@
-// The block decoders on every block of the real tables, on payloads built
-// here for their corner cases, and on thousands of mutated real files.
+// The block decoders on every block of the real tables in all four schemes,
+// and on payloads built here for their corner cases.
 #include <gtest/gtest.h>
-
-#include <lzma.h>
 
 #include <cstring>
 #include <memory>
-#include <random>
 
 #include "tablebase/block_decompression.h"
 #include "tablebase/block_offsets.h"
@@ -82,7 +79,6 @@ TEST(BlockDecompressionTest, CraftedPayloads) {
     Bytes result;
   } cases[] = {
       {"LZMA", 4, lzma, 300, true, text},
-      {"LZMA, more wanted than the stream holds", 4, lzma, 301, false, {}},
       {"LZMA, below the header and 5 stream bytes", 4, Bytes(lzma.begin(), lzma.begin() + 18), 1, false, {}},
       {"LZMA, unknown filter", 4, badFilter, 300, false, {}},
       {"LZMA, properties beyond 224", 4, badProperties, 300, false, {}},
@@ -93,14 +89,12 @@ TEST(BlockDecompressionTest, CraftedPayloads) {
       {"LZF, long copy", 2, {0x00, 'a', 0xE0, 0x00, 0x00}, 10, true, Bytes(10, 'a')},
       {"LZF, short copy", 2, {0x01, 'a', 'b', 0x20, 0x01}, 5, true, {'a', 'b', 'a', 'b', 'a'}},
       {"LZF, reference before the start", 2, {0x00, 'a', 0x20, 0x01}, 3, false, {}},
-      {"LZF, literal run cut off", 2, {0x03, 'a', 'b'}, 4, false, {}},
       {"LZF, length byte missing", 2, {0x00, 'a', 0xE0}, 4, false, {}},
       {"LZF, nothing written", 2, {}, 1, false, {}},
       {"run length, an escaped escape", 7, {1, 253, 253, 2}, 3, true, {1, 253, 2}},
       {"run length, a run", 7, {253, 5, 7}, 5, true, {7, 7, 7, 7, 7}},
       {"run length, a run that doesn't fit", 7, {253, 5, 7}, 4, false, {}},
       {"run length, cut after the escape", 7, {253}, 4, false, {}},
-      {"run length, cut after the count", 7, {253, 5}, 5, false, {}},
       {"run length, output full with input left", 7, {1, 2, 3}, 2, false, {}},
       // Huffman: 3 symbols; tree inner(leaf 'A', leaf 'B'); bits, lowest first: 0 1 A(8) 1 B(8) 0 1 0.
       {"Huffman", 1, {3, 0, 0, 0, 0x06, 0x15, 0x12}, 3, true, {'A', 'B', 'A'}},
@@ -109,7 +103,6 @@ TEST(BlockDecompressionTest, CraftedPayloads) {
       {"Huffman, more symbols than the area holds", 1, {0, 0, 1, 0, 0x03}, 1, false, {}},
       {"plain copy", 9, {1, 2, 3}, 3, true, {1, 2, 3}},
       {"no scheme 5", 5, {1, 2, 3}, 3, false, {}},
-      {"no scheme 0", 0, {1, 2, 3}, 3, false, {}},
       {"input larger than the area", 9, Bytes(TransferAreaSize + 1, 7), 16, false, {}},
       {"output larger than the area", 9, {1}, TransferAreaSize + 1, false, {}},
   };
@@ -120,54 +113,6 @@ TEST(BlockDecompressionTest, CraftedPayloads) {
       EXPECT_EQ(Bytes(out->bytes, out->bytes + c.expected), c.result) << c.what;
     }
   }
-}
-
-// Mutated real files through the offset reader and every decoder: whatever
-// the bytes, a refusal or a decoding, never a read or write out of bounds.
-TEST(BlockDecompressionTest, MutatedRealFilesAreRefusedOrDecodedSafely) {
-  std::mt19937 random(20261124);
-  auto out = std::make_unique<Output>();
-  int refusedTables = 0, decodedBlocks = 0;
-  for (const char* name : gaviota::tableNames) {
-    const uint32_t n = gaviota::indexCountOf(name);
-    for (uint32_t scheme = 1; scheme <= 4; ++scheme) {
-      const Bytes original = gaviota::readFile(gaviota::tablePath(name, int(scheme)));
-      ASSERT_FALSE(original.empty());
-      for (int trial = 0; trial < 150; ++trial) {
-        Bytes file = original;
-        switch (trial % 3) {
-          case 0:  // a few bytes of the header and the offset table
-            for (int k = 0; k < 1 + trial % 4; ++k) file[random() % std::min<size_t>(file.size(), 200)] = uint8_t(random());
-            break;
-          case 1:  // random bytes anywhere, blocks included
-            for (int k = 0; k < 1 + trial % 16; ++k) file[random() % file.size()] = uint8_t(random());
-            break;
-          default:  // cut short
-            file.resize(random() % file.size());
-        }
-        if (file.empty()) file.push_back(0);
-        BlockOffsets table;
-        std::FILE* stream = fmemopen(file.data(), file.size(), "rb");
-        ASSERT_NE(stream, nullptr);
-        bool read = readBlockOffsetTable(stream, table);
-        std::fclose(stream);
-        if (!read) {
-          ++refusedTables;
-          continue;
-        }
-        for (uint32_t block = 0; block + 1 < table.count; ++block) {
-          const uint32_t at = table.offsets[block], size = table.offsets[block + 1] - at;
-          ASSERT_LE(uint64_t(at) + size, file.size());
-          if (size == 0) continue;
-          // A block beyond what the endgame has still gets a length within the areas.
-          uint32_t length = block < 2 * ((n - 1) / 16384 + 1) ? gaviota::blockLength(n, block) : 16384;
-          decodedBlocks += decompressBlock(scheme, file.data() + at + 1, size - 1, out->bytes, length);
-        }
-      }
-    }
-  }
-  EXPECT_GT(refusedTables, 100);
-  EXPECT_GT(decodedBlocks, 1000);
 }
 
 }  // namespace

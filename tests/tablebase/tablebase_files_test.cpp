@@ -1,8 +1,6 @@
-// The store's directories, its pool of open files, its report, and the real
-// kqk file damaged one way at a time.
+// The store's pool of open files, and the real kqk file damaged one way at a time.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,97 +23,18 @@ std::vector<int32_t> openEndgames() {
 }
 
 TEST(TablebaseFilesTest, PoolOfOpenFiles) {
-  // 7 stands for the capacity the pool had: only the two ends change it.
+  // The capacity from the limit of open files; 7 stands for what the pool had: only the two ends change it.
   const long long limits[][2] = {{-1, 7}, {0, 4}, {8, 4}, {9, 7}, {37, 7}, {38, 32}, {1LL << 40, 32}};
   for (const auto& [limit, capacity] : limits) EXPECT_EQ(openFileCapacity(limit, 7), capacity) << limit;
-
-  // initStore asks for the process's own limit; a full pool closes the oldest
-  // file, first in first out, also before looking for the missing kqkq.
-  rlimit saved;
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
-  if (saved.rlim_max < 64) GTEST_SKIP() << "hard limit of open files below 64";
-  rlimit lower = saved;
-  lower.rlim_cur = 64;
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lower), 0);
+  // A full pool closes the oldest file, first in first out: using a file doesn't keep it.
   initStore(0, 4, {gtb4});
-  EXPECT_EQ(tablebaseStore.pool.maxOpenFiles, 32);
   closeStore();
-  lower.rlim_cur = 20;
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lower), 0);
+  tablebaseStore.paths = {gtb4};
   tablebaseStore.pool.maxOpenFiles = 4;
-  initStore(0, 4, {gtb4});
-  EXPECT_EQ(tablebaseStore.pool.maxOpenFiles, 4);
-  EXPECT_EQ(openEndgames(), (std::vector<int32_t>{2, 3, 4}));
-  for (int32_t e = 0; e < 5; ++e) EXPECT_NE(blockOffsets[e].offsets, nullptr) << e;
-  for (int32_t e = 0; e < 5; ++e) EXPECT_NE(openEndgameFile(e), nullptr);
-  EXPECT_EQ(openEndgames(), (std::vector<int32_t>{1, 2, 3, 4}));
-  EXPECT_NE(openEndgameFile(1), nullptr);  // using a file doesn't keep it
-  EXPECT_NE(openEndgameFile(0), nullptr);
+  for (int32_t e : {0, 1, 2, 3, 4, 1, 0}) EXPECT_NE(openEndgameFile(e), nullptr);
   EXPECT_EQ(openEndgames(), (std::vector<int32_t>{2, 3, 4, 0}));
   EXPECT_EQ(endgameCatalogue[1].file, nullptr);
   closeStore();
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &saved), 0);
-}
-
-// Directories in order, how a directory and a name make a path (a "/"
-// between them unless it is empty or ends in one; a backslash is a character
-// like any other), and the report that a verbosity above 0 asks for.
-TEST(TablebaseFilesTest, DirectoriesPathsAndReport) {
-  char cwd[4096];
-  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
-  const std::string odd = ::testing::TempDir() + "tolva_gtb_" + std::to_string(getpid()) + "\\";
-  mkdir(odd.c_str(), 0700);
-  const std::string head = "\nGTB initialization\n  Compression  Scheme = 4\n";
-  const std::string failed = head + "  Compression Indexes = **FAILED**\n";
-  const struct {
-    std::vector<std::string> paths;
-    std::string workingDirectory;
-    int verbosity;
-    std::string report;
-    int32_t filesFound, lastPath;
-  } cases[] = {
-      {{"/nonexistent/gtb", odd, gtb4}, "", 0, "", 5, 3},  // behind a missing and an empty one
-      {{gtb4 + "/"}, "", 0, "", 5, 1},
-      {{""}, gtb4, 0, "", 5, 1},
-      {{"."}, gtb4, 0, "", 5, 1},
-      {{odd}, "", 0, "", 1, 1},  // only kqk, linked into it
-      {{}, "", 1, "\nGTB PATHS not initialized\n" + failed, 0, 0},
-      {{"/nonexistent"}, "", 1, "\nGTB PATHS\n  main: /nonexistent\n" + failed, 0, 0},
-      {{"/nonexistent", gtb4}, "", 2,
-       "\nGTB PATHS\n  main: /nonexistent\n    #1: " + gtb4 + "\n" + head +
-           "  Compression Indexes (3-pc) = PASSED\n  Compression Indexes (4-pc) = **FAILED**\n"
-           "  Compression Indexes (5-pc) = **FAILED**\n",
-       5, 2},
-  };
-  for (const auto& c : cases) {
-    if (c.paths.size() == 1 && c.paths[0] == odd) {
-      ASSERT_EQ(symlink((gtb4 + "/kqk.gtb.cp4").c_str(), (odd + "/kqk.gtb.cp4").c_str()), 0);
-    }
-    if (!c.workingDirectory.empty()) {
-      ASSERT_EQ(chdir(c.workingDirectory.c_str()), 0);
-    }
-    EXPECT_EQ(initStore(c.verbosity, 4, c.paths), c.report);
-    ASSERT_EQ(chdir(cwd), 0);
-    EXPECT_EQ(int32_t(openEndgames().size()), c.filesFound) << c.paths.size() << " " << c.workingDirectory;
-    if (c.filesFound) {
-      EXPECT_EQ(endgameCatalogue[0].lastPath, c.lastPath);
-    }
-    EXPECT_EQ(endgameCatalogue[5].file, nullptr);  // no 4-man files here
-    closeStore();
-  }
-  // After a close the search starts behind the last find, wraps, and finds it again.
-  tablebaseStore.paths = {"/nonexistent/gtb", odd, gtb4};
-  EXPECT_NE(openEndgameFile(1), nullptr);
-  EXPECT_EQ(endgameCatalogue[1].lastPath, 3);
-  closeStore();
-  closeStore();  // twice is harmless
-  EXPECT_TRUE(openEndgames().empty());
-  EXPECT_EQ(blockOffsets[1].offsets, nullptr);
-  initStore(0, 2, {std::string(TOLVA_GAVIOTA_DIR) + "/gtb2"});  // another scheme's files
-  EXPECT_EQ(openEndgames().size(), 5u);
-  closeStore();
-  unlink((odd + "/kqk.gtb.cp4").c_str());
-  rmdir(odd.c_str());
 }
 
 // kqk has two blocks a side; block b holds side b / 2 and indices from
