@@ -14,17 +14,6 @@ namespace {
 
 using evaltest::boardFrom;
 
-// The legal move with this text; fails the test if there is none.
-Move legal(Board_0x88& b, const std::string& text) {
-  MoveList list;
-  bool inCheck;
-  generateLegalMoves(b, list, inCheck);
-  for (uint32_t i = 0; i < list.count; ++i)
-    if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
-  ADD_FAILURE() << "no legal move " << text;
-  return NoMove;
-}
-
 std::multiset<Move> legalSet(Board_0x88& b, bool& inCheck) {
   MoveList list;
   generateLegalMoves(b, list, inCheck);
@@ -77,6 +66,18 @@ std::string texts(const std::vector<ScoredMove>& moves, size_t count) {
   return out;
 }
 
+// What the quiescence search may play: captures, and promotions to a queen.
+template <Color C>
+std::multiset<Move> capturesOf(Board_0x88& b) {
+  MoveList captures;
+  PinMasks pins;
+  computePins<C>(b, pins);
+  generateCaptures<C>(b, pins, captures, PromotionsQueenOnly);
+  std::multiset<Move> out;
+  for (uint32_t i = 0; i < captures.count; ++i) out.insert(captures.moves[i].move);
+  return out;
+}
+
 // Stage of a move handed out by a full node: 0 the line's move, 1 the table's,
 // 2 a good capture or promotion, 3 a quiet killer, 4 a quiet move or a bad capture.
 template <Color C>
@@ -100,17 +101,8 @@ TEST(MoveSelector, EveryMoveSetHandsOutEachLegalMoveOnceInStageOrderOnTheSuite) 
     const std::vector<Move> all(expected.begin(), expected.end());
     EXPECT_EQ(setOf(drain(*b, inCheck ? 1 : 0)), expected) << fen;
     if (!inCheck) {
-      MoveList captures;
-      PinMasks pins;
-      if (b->sideToMove == White) {
-        computePins<White>(*b, pins);
-        generateCaptures<White>(*b, pins, captures, PromotionsQueenOnly);
-      } else {
-        computePins<Black>(*b, pins);
-        generateCaptures<Black>(*b, pins, captures, PromotionsQueenOnly);
-      }
-      std::multiset<Move> wanted;
-      for (uint32_t i = 0; i < captures.count; ++i) wanted.insert(captures.moves[i].move);
+      const std::multiset<Move> wanted =
+          b->sideToMove == White ? capturesOf<White>(*b) : capturesOf<Black>(*b);
       const std::vector<ScoredMove> quiescence = drain(*b, 4);
       EXPECT_EQ(setOf(quiescence), wanted) << fen;
       for (size_t i = 1; i < quiescence.size(); ++i) EXPECT_GE(quiescence[i - 1].value, quiescence[i].value) << fen;
@@ -181,7 +173,7 @@ TEST(MoveSelector, WorkedOrders) {
   for (const auto& c : cases) {
     auto b = boardFrom(c.fen);
     if (*c.before) {
-      const Move m = legal(*b, c.before);
+      const Move m = moveOf(*b, c.before);
       b->history[b->ply].movePlayed = m;
       UndoRecord undo;
       makeMoveForSide(*b, m, undo);
@@ -232,6 +224,19 @@ TEST(MoveSelector, BadCaptures) {
   }
 }
 
+// The moves of all 65536 that pass the test of moves from elsewhere and the legality check.
+template <Color C>
+std::multiset<Move> acceptedMoves(Board_0x88& b, bool inCheck) {
+  PinMasks pins;
+  computePins<C>(b, pins);
+  std::multiset<Move> accepted;
+  for (uint32_t m = 0; m < 65536; ++m)
+    if (isPseudoLegal<C>(b, Move(m)) &&
+        (inCheck ? isLegalEvasion<C>(b, Move(m)) : isLegalWhenNotInCheck<C>(b, Move(m), pins)))
+      accepted.insert(Move(m));
+  return accepted;
+}
+
 // Every possible 16-bit move on every suite position and some more: a move
 // passes the test and the legality check exactly when a generator makes it.
 TEST(MoveSelector, PseudoLegalAgreesWithTheGenerators) {
@@ -239,28 +244,15 @@ TEST(MoveSelector, PseudoLegalAgreesWithTheGenerators) {
   for (const char* fen : {"r3k2r/p2p1p2/1n6/1PpP4/4B3/2N2Q2/P7/R3K2R w KQkq c6 0 1", "4k3/3P4/8/8/8/8/8/4K3 w - - 0 1",
                           "r3k2r/8/8/8/8/8/8/R3K2R w Qkq - 0 1", "r3k2r/8/8/8/8/8/8/RN2K1NR w KQkq - 0 1",
                           "r3k2r/8/b7/8/8/8/8/R3K2R w KQkq - 0 1", "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1",
-                          "4k3/8/8/8/8/8/4r3/R3K2R w KQ - 0 1", "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1"})
+                          "4k3/8/8/8/8/8/4r3/R3K2R w KQ - 0 1"})
     fens.push_back(fen);
   auto b = std::make_unique<Board_0x88>();
   for (const std::string& fen : fens) {
     ASSERT_TRUE(setupFromFen(*b, fen.c_str())) << fen;
     bool inCheck;
     const std::multiset<Move> expected = legalSet(*b, inCheck);
-    PinMasks pins;
-    std::multiset<Move> accepted;
-    for (uint32_t m = 0; m < 65536; ++m) {
-      bool ok;
-      if (b->sideToMove == White) {
-        computePins<White>(*b, pins);
-        ok = isPseudoLegal<White>(*b, Move(m)) && (inCheck ? isLegalEvasion<White>(*b, Move(m))
-                                                            : isLegalWhenNotInCheck<White>(*b, Move(m), pins));
-      } else {
-        computePins<Black>(*b, pins);
-        ok = isPseudoLegal<Black>(*b, Move(m)) && (inCheck ? isLegalEvasion<Black>(*b, Move(m))
-                                                            : isLegalWhenNotInCheck<Black>(*b, Move(m), pins));
-      }
-      if (ok) accepted.insert(Move(m));
-    }
+    const std::multiset<Move> accepted =
+        b->sideToMove == White ? acceptedMoves<White>(*b, inCheck) : acceptedMoves<Black>(*b, inCheck);
     EXPECT_EQ(accepted, expected) << fen;
   }
 }
@@ -268,7 +260,7 @@ TEST(MoveSelector, PseudoLegalAgreesWithTheGenerators) {
 // Killers and counter moves keep only quiet moves; the newest killer first.
 TEST(MoveSelector, KillerAndCounterMoveMemory) {
   auto b = boardFrom("4k3/7p/p1n5/1p6/8/2N2B2/8/R2QK2R w KQ - 0 1");
-  const Move quiet = legal(*b, "c3e4"), other = legal(*b, "d1d3"), capture = legal(*b, "f3c6");
+  const Move quiet = moveOf(*b, "c3e4"), other = moveOf(*b, "d1d3"), capture = moveOf(*b, "f3c6");
   const Move before = encodeMove88(makeSquare(1, 7), makeSquare(2, 5));  // Black's knight came to c6
   for (Move m : {quiet, quiet, other, capture}) updateKiller(*b, m);
   EXPECT_EQ(b->history[b->ply].killer[0], other);
