@@ -1,5 +1,6 @@
 #pragma once
-// Boards from FEN, colour mirrors and the suite positions for the evaluation tests.
+// Boards from FEN, colour mirrors and the suite positions, for the evaluation
+// and search tests.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -26,41 +27,22 @@ inline std::unique_ptr<Board_0x88> boardFrom(const std::string& fen) {
 // The same position with ranks flipped, colours swapped and the other side to move.
 inline std::string mirrorFen(const std::string& fen) {
   std::istringstream in(fen);
-  std::string placement, stm, castling, ep, rest;
+  std::string placement, stm, castling, ep, rest, out;
   in >> placement >> stm >> castling >> ep;
   std::getline(in, rest);
-
+  auto swapCase = [](char c) { return char(std::isupper(uint8_t(c)) ? std::tolower(c) : std::toupper(c)); };
   std::vector<std::string> ranks;
-  std::string rank;
-  for (char ch : placement) {
-    if (ch == '/') {
-      ranks.push_back(rank);
-      rank.clear();
-    } else {
-      rank += std::isalpha(static_cast<unsigned char>(ch))
-                  ? char(std::isupper(static_cast<unsigned char>(ch)) ? std::tolower(ch) : std::toupper(ch))
-                  : ch;
-    }
-  }
-  ranks.push_back(rank);
-  std::string out;
-  for (auto it = ranks.rbegin(); it != ranks.rend(); ++it) {
+  std::istringstream rows(placement);
+  for (std::string rank; std::getline(rows, rank, '/');) ranks.insert(ranks.begin(), rank);
+  for (const std::string& rank : ranks) {
     if (!out.empty()) out += '/';
-    out += *it;
+    for (char c : rank) out += swapCase(c);
   }
-
-  out += stm == "w" ? " b " : " w ";
   std::string rights;
-  for (char letter : std::string("KQkq")) {
-    char source = char(std::isupper(static_cast<unsigned char>(letter)) ? std::tolower(letter) : std::toupper(letter));
-    if (castling.find(source) != std::string::npos) rights += letter;
-  }
-  out += rights.empty() ? "-" : rights;
-  out += ' ';
-  if (ep == "-")
-    out += ep;
-  else
-    out += std::string{ep[0], char('1' + '8' - ep[1])};
+  for (char letter : std::string("KQkq"))
+    if (castling.find(swapCase(letter)) != std::string::npos) rights += letter;
+  out += (stm == "w" ? " b " : " w ") + (rights.empty() ? "-" : rights) + ' ';
+  out += ep == "-" ? ep : std::string{ep[0], char('1' + '8' - ep[1])};
   return out + rest;
 }
 
@@ -68,10 +50,8 @@ inline std::string mirrorFen(const std::string& fen) {
 inline std::vector<std::string> suiteFens() {
   std::vector<std::string> fens;
   std::ifstream in(std::string(TOLVA_TEST_DATA_DIR) + "/perft-suite.epd");
-  std::string line;
-  while (std::getline(in, line)) {
-    size_t cut = line.find(';');
-    std::string fen = line.substr(0, cut);
+  for (std::string line; std::getline(in, line);) {
+    std::string fen = line.substr(0, line.find(';'));
     while (!fen.empty() && fen.back() == ' ') fen.pop_back();
     if (!fen.empty()) fens.push_back(fen);
   }
@@ -89,8 +69,7 @@ inline PawnHash& pawnHash() {
 }
 
 inline int evaluateFen(const std::string& fen, int alpha = FullWindowAlpha, int beta = FullWindowBeta) {
-  auto board = boardFrom(fen);
-  return evaluate(*board, pawnHash(), alpha, beta);
+  return evaluate(*boardFrom(fen), pawnHash(), alpha, beta);
 }
 
 }  // namespace evaltest

@@ -1,12 +1,16 @@
-// The evaluation frame: early zero, lazy exit, clamp, mating material, scaling,
-// the choice of the mate branch, and colour symmetry.
+// The evaluation through its entry: worked scores with their lazy bounds, and
+// properties over the suite and random positions, each also colour-mirrored:
+// both colours score alike, the report agrees, the lazy exit and the clamp
+// fit together, the fifty-move taper scales, the board is left as it was.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 
-#include "eval/evaluate.h"
+#include "diagnostics/random_positions.h"
+#include "eval/eval_record.h"
+#include "eval/evaluation_report.h"
 #include "eval/scale_factor.h"
-#include "eval/score_pair_ops.h"
 #include "eval_test_support.h"
 
 namespace {
@@ -16,18 +20,52 @@ using evaltest::mirrorFen;
 
 constexpr int Inf = 32000;
 
-struct Frame {
-  int scaleFactor;
-  bool canWinBoth;
-  bool mateBranch;
-};
-
-Frame frameOf(const std::string& fen) {
-  auto board = evaltest::boardFrom(fen);
-  MaterialInfo info;
-  computeMaterial(info, *board);
-  return Frame{computeScaleFactor(*board, info), info.canWin[White] && info.canWin[Black],
-               takesMateBranch(info, taper(info.material, info.phase))};
+TEST(EvaluateTest, ScoresAndBoundsOfWorkedPositions) {
+  const struct {
+    const char* what;
+    const char* fen;
+    int full, high, low;  // with the full window, one far above, one far below
+  } cases[] = {
+      {"bare kings", "4k3/8/8/8/8/8/8/4K3 w - - 0 1", 0, 0, 0},
+      {"a lone knight", "4k3/8/8/8/8/8/8/1N2K3 b - - 0 1", 0, 0, 0},
+      {"fifty moves", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 150 60", 0, 0, 0},
+      {"fifty moves in the mate branch", "8/8/8/4k3/8/8/8/R3K3 w - - 100 80", 0, 0, 0},
+      {"wrong bishop, king in the corner", "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1", 0, 0, 0},
+      {"start: the side to move has 24", startPositionFen, 24, 224, -176},
+      {"start, Black to move", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", 24, 224, -176},
+      {"bishop against pawn: no edge for the bishop", "4k3/4p3/8/8/8/8/8/2B1K3 w - - 0 1", 0, 0, 0},
+      {"the pawn's edge stands, no lazy exit", "8/8/8/8/3k4/8/p7/B6K w - - 0 1", -40, -40, -40},
+      {"from the pawn's side", "8/8/8/8/3k4/8/p7/B6K b - - 0 1", 42, 42, 42},
+      {"mate branch from 175", "r1b1kb1r/8/8/8/8/8/3BB3/1NB1KB2 w - - 0 1", -164, -164, -164},
+      {"174: the main path with bounds", "rbb1k2r/8/8/8/8/8/8/r2QKQ2 w - - 0 1", -522, -265, -665},
+      {"rook against bishop: the mate branch isn't scaled", "3bk3/8/8/8/8/8/8/R3K3 w - - 0 1", 238, 238, 238},
+      {"at clock 99 neither", "3bk3/8/8/8/8/8/8/R3K3 w - - 99 80", 238, 238, 238},
+      {"at clock 100 a draw", "3bk3/8/8/8/8/8/8/R3K3 w - - 100 80", 0, 0, 0},
+      {"the weak side to move", "3bk3/8/8/8/8/8/8/R3K3 b - - 0 1", 3 - 235, 3 - 235, 3 - 235},
+      // The mate branch: material, the move, the kings' distance, the weak king's edge.
+      {"rook mate, king in the centre", "8/8/8/4k3/8/8/8/R3K3 w - - 0 1", 560 + 2 + 6 - 192, 376, 376},
+      {"the same, Black to move", "8/8/8/4k3/8/8/8/R3K3 b - - 0 1", 192 + 2 - 560 - 6, -372, -372},
+      {"weak king on the edge, kings 7 apart", "4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 562, 562, 562},
+      {"kings 4 apart", "4k3/8/8/8/4K3/8/8/R7 w - - 0 1", 568, 568, 568},
+      {"kings 6 apart", "4k3/8/8/8/8/8/4K3/R7 w - - 0 1", 564, 564, 564},
+      {"queen mate, kings in opposition", "4k3/8/4K3/8/8/8/8/Q7 w - - 0 1", 1101 + 4 + 10, 1115, 1115},
+      // Bishop and knight: the defender is safe in the corners the bishop can't reach.
+      {"KBNK, safe corner a8", "k7/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 620 + 2 + 6 - 112, 516, 516},
+      {"KBNK, Black to move", "k7/8/8/8/3K4/8/8/2B1N3 b - - 0 1", 112 + 2 - 620 - 6, -512, -512},
+      {"KBNK, the bishop's corner a1", "8/8/8/8/3K4/8/8/k1B1N3 w - - 0 1", 630, 630, 630},
+      {"KBNK, safe corner h1", "8/8/8/8/3K4/8/8/2B1N2k w - - 0 1", 516, 516, 516},
+      {"KBNK, the bishop's corner h8", "7k/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 628, 628, 628},
+      {"KBNK, a step out of the corner", "8/k7/8/8/3K4/8/8/2B1N3 w - - 0 1", 534, 534, 534},
+      {"KBNK, light bishop, a1 safe", "8/8/8/8/3K4/8/8/k2BN3 w - - 0 1", 518, 518, 518},
+      {"KBNK, light bishop, a8 lost", "k7/8/8/8/3K4/8/8/3BN3 w - - 0 1", 628, 628, 628},
+      {"two bishops: no corner term", "k7/8/8/8/3K4/8/8/2B2B2 w - - 0 1", 708, 708, 708},
+      {"a fifth man: no corner term", "k6n/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 334, 334, 334},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(evaluateFen(c.fen), c.full) << c.what;
+    EXPECT_EQ(evaluateFen(c.fen, Inf - 1, Inf), c.high) << c.what;
+    EXPECT_EQ(evaluateFen(c.fen, -Inf, -Inf + 1), c.low) << c.what;
+  }
 }
 
 std::string withClock(const std::string& fen, int clock) {
@@ -37,190 +75,78 @@ std::string withClock(const std::string& fen, int clock) {
   return placement + " " + stm + " " + castling + " " + ep + " " + std::to_string(clock) + " 40";
 }
 
-// Positions beside the suite: endings of every kind, promoted pieces, clocks.
-const char* const extraFens[] = {
-    "8/8/8/4k3/8/8/8/R3K3 w - - 0 1",
-    "k7/8/8/8/3K4/8/8/2B1N3 b - - 0 1",
-    "3bk3/8/8/8/8/8/8/R3K3 w - - 0 1",
-    "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1",
-    "8/8/2k5/P7/8/8/8/2B1K3 b - - 0 1",
-    "8/8/8/8/8/8/2p5/3k2QK w - - 0 1",
-    "8/8/8/8/3k4/8/p7/B6K w - - 0 1",
-    "4k3/4p3/8/8/8/8/8/2B1K3 b - - 0 1",
-    "r1b1kb1r/8/8/8/8/8/3BB3/1NB1KB2 w - - 0 1",
-    "rbb1k2r/8/8/8/8/8/8/r2QKQ2 b - - 0 1",
-    "4k3/pppppppp/8/8/8/8/PPPPPPPP/4K3 w - - 0 1",
-    "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1",
-    "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 73 1",
-};
-
-TEST(EvaluateTest, ZeroBeforeAnyWork) {
-  for (const char* fen : {
-           "4k3/8/8/8/8/8/8/4K3 w - - 0 1",
-           "4k3/8/8/8/8/8/8/1N2K3 w - - 0 1",
-           "4k3/8/8/8/8/8/8/1N2K3 b - - 0 1",
-           "4k3/8/8/8/8/8/8/1N2K1N1 w - - 0 1",
-           "2b1k3/8/8/8/8/8/8/1N2K3 w - - 0 1",
-           "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 100 60",
-           "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 150 60",
-           "8/8/8/4k3/8/8/8/R3K3 w - - 100 80",  // the mate branch too
-           "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1",   // wrong bishop, king in the corner
-       }) {
-    EXPECT_EQ(evaluateFen(fen), 0) << fen;
-    // No bound comes out either, whatever the window.
-    EXPECT_EQ(evaluateFen(fen, Inf - 1, Inf), 0) << fen;
-    EXPECT_EQ(evaluateFen(fen, -Inf, -Inf + 1), 0) << fen;
-  }
+int printedTotal(const Board_0x88& board, PawnHash& table) {
+  testing::internal::CaptureStdout();
+  printEvaluation(board, table);
+  const std::string report = testing::internal::GetCapturedStdout(), mark = "Total evaluation =";
+  const size_t at = report.find(mark);
+  return at == std::string::npos ? -99999 : std::atoi(report.c_str() + at + mark.size());
 }
 
-TEST(EvaluateTest, StartPositionAndLazyThresholds) {
-  // Material and piece-square sums cancel; the side to move has 24.
-  const std::string start = startPositionFen;
-  const std::string blackToMove = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1";
-  EXPECT_EQ(evaluateFen(start), 24);
-  EXPECT_EQ(evaluateFen(blackToMove), 24);
-
-  // base = 24: alpha from base + 200, beta from base - 200 give the bound.
-  EXPECT_EQ(evaluateFen(start, 223, Inf), 24);
-  EXPECT_EQ(evaluateFen(start, 224, Inf), 224);
-  EXPECT_EQ(evaluateFen(start, 5000, Inf), 224);
-  EXPECT_EQ(evaluateFen(start, -Inf, -175), 24);
-  EXPECT_EQ(evaluateFen(start, -Inf, -176), -176);
-  EXPECT_EQ(evaluateFen(blackToMove, 224, Inf), 224);
-  EXPECT_EQ(evaluateFen(blackToMove, -Inf, -176), -176);
-}
-
-TEST(EvaluateTest, LazyExitAndClampOverTheSuite) {
-  int checked = 0;
-  for (const std::string& base : evaltest::suiteFens()) {
-    for (const std::string& fen : {base, mirrorFen(base)}) {
-      Frame frame = frameOf(fen);
-      int full = evaluateFen(fen);
-      if (frame.mateBranch || frame.scaleFactor != 100 || !frame.canWinBoth) continue;
-      ++checked;
-      // The bounds name the base score; the full score stays within the clamp of it.
-      int above = evaluateFen(fen, Inf - 1, Inf);
-      int below = evaluateFen(fen, -Inf, -Inf + 1);
-      int b = above - PositionalLimit;
-      EXPECT_EQ(below, b - PositionalLimit) << fen;
-      EXPECT_LE(full, b + PositionalLimit) << fen;
-      EXPECT_GE(full, b - PositionalLimit) << fen;
-      EXPECT_EQ(evaluateFen(fen, b + 199, Inf), full) << fen;
-      EXPECT_EQ(evaluateFen(fen, b + 200, Inf), b + 200) << fen;
-      EXPECT_EQ(evaluateFen(fen, -Inf, b - 199), full) << fen;
-      EXPECT_EQ(evaluateFen(fen, -Inf, b - 200), b - 200) << fen;
-      // A window that holds the score changes nothing.
-      EXPECT_EQ(evaluateFen(fen, full - 1, full + 1), full) << fen;
-    }
-  }
-  EXPECT_GT(checked, 50);
-}
-
-TEST(EvaluateTest, ClampAndScaleHelpers) {
-  EXPECT_EQ(clampPositional(260), 200);
-  EXPECT_EQ(clampPositional(-260), -200);
-  EXPECT_EQ(clampPositional(200), 200);
-  EXPECT_EQ(clampPositional(-200), -200);
-  EXPECT_EQ(clampPositional(199), 199);
-  EXPECT_EQ(clampPositional(-1), -1);
-  EXPECT_EQ(applyScaleFactor(101, 75), 75);   // 75.75
-  EXPECT_EQ(applyScaleFactor(-101, 75), -75);  // toward zero
-  EXPECT_EQ(applyScaleFactor(-3, 25), 0);
-  EXPECT_EQ(applyScaleFactor(500, 100), 500);
-}
-
-TEST(EvaluateTest, FiftyMoveScalingAndNoLazyExitBelowFullScale) {
-  int negatives = 0;
-  for (const std::string& base : evaltest::suiteFens()) {
-    for (const std::string& fen : {base, mirrorFen(base)}) {
-      if (frameOf(withClock(fen, 0)).scaleFactor != 100 || frameOf(fen).mateBranch) continue;
-      int fresh = evaluateFen(withClock(fen, 0));
-      std::string late = withClock(fen, 50);
-      int scaled = evaluateFen(late);
-      EXPECT_EQ(scaled, fresh * 75 / 100) << fen;
-      negatives += fresh < 0 && fresh % 4 != 0;
-      // At 75 percent the window is not looked at.
-      EXPECT_EQ(evaluateFen(late, Inf - 1, Inf), scaled) << fen;
-      EXPECT_EQ(evaluateFen(late, -Inf, -Inf + 1), scaled) << fen;
-      EXPECT_EQ(evaluateFen(withClock(fen, 99)), fresh / 100) << fen;
-    }
-  }
-  EXPECT_GT(negatives, 0);  // rounding toward zero was exercised on negative scores
-}
-
-TEST(EvaluateTest, SideWithoutMatingMaterialCannotBeAhead) {
-  // King and bishop against king and pawn: the bishop's edge is cut to 0.
-  EXPECT_EQ(evaluateFen("4k3/4p3/8/8/8/8/8/2B1K3 w - - 0 1"), 0);
-  EXPECT_EQ(evaluateFen("4k3/4p3/8/8/8/8/8/2B1K3 b - - 0 1"), 0);
-  EXPECT_EQ(evaluateFen(mirrorFen("4k3/4p3/8/8/8/8/8/2B1K3 w - - 0 1")), 0);
-  // A score for the pawn's side stands, from either side's view.
-  int whiteView = evaluateFen("8/8/8/8/3k4/8/p7/B6K w - - 0 1");
-  int blackView = evaluateFen("8/8/8/8/3k4/8/p7/B6K b - - 0 1");
-  EXPECT_LT(whiteView, 0);
-  EXPECT_GT(blackView, 0);
-  // The lazy exit is off, since one side can't win.
-  EXPECT_EQ(evaluateFen("8/8/8/8/3k4/8/p7/B6K w - - 0 1", Inf - 1, Inf), whiteView);
-  EXPECT_EQ(evaluateFen("8/8/8/8/3k4/8/p7/B6K w - - 0 1", -Inf, -Inf + 1), whiteView);
-}
-
-TEST(EvaluateTest, MateBranchTakesOverFrom175) {
-  // White knight and four bishops against two bishops and two rooks: m = -175,
-  // phase 11. Mate branch: -175 + 11 for White to move, weak king on the edge,
-  // kings seven apart.
-  const std::string at175 = "r1b1kb1r/8/8/8/8/8/3BB3/1NB1KB2 w - - 0 1";
-  EXPECT_TRUE(frameOf(at175).mateBranch);
-  EXPECT_EQ(evaluateFen(at175), -164);
-  EXPECT_EQ(evaluateFen(at175, Inf - 1, Inf), -164);  // no bound: the window plays no part
-  EXPECT_EQ(evaluateFen(at175, -Inf, -Inf + 1), -164);
-  EXPECT_EQ(evaluateFen(mirrorFen(at175)), -164);
-
-  // Two queens against two bishops and three rooks: m = -174 runs the main path,
-  // which answers a window far away with a bound.
-  const std::string at174 = "rbb1k2r/8/8/8/8/8/8/r2QKQ2 w - - 0 1";
-  EXPECT_FALSE(frameOf(at174).mateBranch);
-  int full = evaluateFen(at174);
-  EXPECT_NE(evaluateFen(at174, Inf - 1, Inf), full);
-  EXPECT_EQ(evaluateFen(at174, Inf - 1, Inf) - evaluateFen(at174, -Inf, -Inf + 1), 2 * PositionalLimit);
-}
-
-TEST(EvaluateTest, MateBranchIsNotScaled) {
-  // Rook against bishop has the factor 25, but the mate branch ignores it:
-  // m = 560 - 325 = 235, phase 3, weak king on the edge, kings seven apart.
-  EXPECT_EQ(evaluateFen("3bk3/8/8/8/8/8/8/R3K3 w - - 0 1"), 238);
-  EXPECT_EQ(evaluateFen("3bk3/8/8/8/8/8/8/R3K3 w - - 99 80"), 238);
-  EXPECT_EQ(evaluateFen("3bk3/8/8/8/8/8/8/R3K3 w - - 100 80"), 0);
-  EXPECT_EQ(evaluateFen("3bk3/8/8/8/8/8/8/R3K3 b - - 0 1"), 3 - 235);
-}
-
-TEST(EvaluateTest, ColourMirrorScoresAlike) {
+TEST(EvaluateTest, PropertiesOverSuiteAndRandomPositions) {
   std::vector<std::string> fens = evaltest::suiteFens();
   ASSERT_GT(fens.size(), 100u);
-  for (const char* fen : extraFens) fens.push_back(fen);
-  for (const std::string& fen : fens) {
-    std::string mirrored = mirrorFen(fen);
-    EXPECT_EQ(mirrorFen(mirrored), fen);
-    EXPECT_EQ(evaluateFen(fen), evaluateFen(mirrored)) << fen << " | " << mirrored;
-    EXPECT_EQ(evaluateFen(fen, Inf - 1, Inf), evaluateFen(mirrored, Inf - 1, Inf)) << fen;
-    EXPECT_EQ(evaluateFen(fen, -Inf, -Inf + 1), evaluateFen(mirrored, -Inf, -Inf + 1)) << fen;
+  auto scratch = std::make_unique<Board_0x88>();
+  std::srand(99);
+  for (int i = 0; i < 1500; ++i) {
+    std::string fen = randomPositionFen(*scratch);
+    if (scratch->side[White].count[King] == 1 && scratch->side[Black].count[King] == 1) fens.push_back(fen);
   }
-}
+  PawnHash& table = evaltest::pawnHash();
+  PawnHash oneSlot;
+  oneSlot.sizeFor(0);
+  int lazyChecked = 0, scaledChecked = 0;
+  for (const std::string& base : fens) {
+    ASSERT_EQ(mirrorFen(mirrorFen(base)), base);
+    for (const std::string& fen : {base, mirrorFen(base)}) {
+      auto board = evaltest::boardFrom(fen);
+      auto before = std::make_unique<Board_0x88>(*board);
+      const int full = evaluate(*board, table, -Inf, Inf);
+      const int above = evaluate(*board, table, Inf - 1, Inf), below = evaluate(*board, table, -Inf, -Inf + 1);
+      EXPECT_EQ(std::memcmp(board->piece, before->piece, sizeof board->piece), 0) << fen;
+      EXPECT_EQ(std::memcmp(board->side, before->side, sizeof board->side), 0) << fen;
+      EXPECT_EQ(board->currentRecord().hashKey, before->currentRecord().hashKey) << fen;
+      if (fen != base) {
+        EXPECT_EQ(full, evaluateFen(base)) << fen;
+        EXPECT_EQ(above, evaluateFen(base, Inf - 1, Inf)) << fen;
+        EXPECT_EQ(below, evaluateFen(base, -Inf, -Inf + 1)) << fen;
+      }
+      // The report gives the same score twice: computing the pawn structure, then finding it.
+      oneSlot.clear();
+      EXPECT_EQ(evaluateWithReport(*board, oneSlot), full) << fen;
+      const EvalRow weak = ReportRecord::rows[RowWeakPawns];
+      EXPECT_EQ(ReportRecord::rows[RowPawnStructure].white, (ScorePair{0, 0})) << fen;
+      EXPECT_EQ(printedTotal(*board, oneSlot), board->sideToMove == White ? full : -full) << fen;
+      EXPECT_EQ(ReportRecord::rows[RowPawnStructure].white, weak.white - weak.black) << fen;
 
-TEST(EvaluateTest, LeavesTheBoardAsItWas) {
-  for (const std::string& fen : evaltest::suiteFens()) {
-    auto board = evaltest::boardFrom(fen);
-    auto before = std::make_unique<Board_0x88>(*board);
-    int first = evaluate(*board, evaltest::pawnHash(), -Inf, Inf);
-    EXPECT_EQ(evaluate(*board, evaltest::pawnHash(), -Inf, Inf), first);
-    EXPECT_EQ(std::memcmp(board->piece, before->piece, sizeof board->piece), 0);
-    EXPECT_EQ(std::memcmp(board->color, before->color, sizeof board->color), 0);
-    EXPECT_EQ(std::memcmp(board->slot, before->slot, sizeof board->slot), 0);
-    EXPECT_EQ(std::memcmp(board->side, before->side, sizeof board->side), 0);
-    EXPECT_EQ(board->psq[White], before->psq[White]);
-    EXPECT_EQ(board->psq[Black], before->psq[Black]);
-    EXPECT_EQ(board->currentRecord().hashKey, before->currentRecord().hashKey);
-    EXPECT_EQ(board->currentRecord().pawnHashKey, before->currentRecord().pawnHashKey);
-    EXPECT_EQ(board->sideToMove, before->sideToMove);
+      MaterialInfo info;
+      computeMaterial(info, *board);
+      const bool mateBranch = takesMateBranch(info, taper(info.material, info.phase));
+      const int scale = computeScaleFactor(*board, info);
+      if (!mateBranch && scale == 100 && info.canWin[White] && info.canWin[Black]) {
+        // The bounds name the base score; the full score lies within the clamp of it.
+        ++lazyChecked;
+        const int b = above - PositionalLimit;
+        EXPECT_EQ(below, b - PositionalLimit) << fen;
+        EXPECT_LE(std::abs(full - b), PositionalLimit) << fen;
+        EXPECT_EQ(evaluateFen(fen, b + 199, Inf), full) << fen;
+        EXPECT_EQ(evaluateFen(fen, b + 200, Inf), b + 200) << fen;
+        EXPECT_EQ(evaluateFen(fen, -Inf, b - 199), full) << fen;
+        EXPECT_EQ(evaluateFen(fen, -Inf, b - 200), b - 200) << fen;
+      }
+      if (!mateBranch && computeScaleFactor(*evaltest::boardFrom(withClock(fen, 0)), info) == 100) {
+        // At three quarters no window is looked at; rounding is toward zero.
+        ++scaledChecked;
+        const int fresh = evaluateFen(withClock(fen, 0));
+        EXPECT_EQ(evaluateFen(withClock(fen, 50)), fresh * 75 / 100) << fen;
+        EXPECT_EQ(evaluateFen(withClock(fen, 50), Inf - 1, Inf), fresh * 75 / 100) << fen;
+        EXPECT_EQ(evaluateFen(withClock(fen, 50), -Inf, -Inf + 1), fresh * 75 / 100) << fen;
+        EXPECT_EQ(evaluateFen(withClock(fen, 99)), fresh / 100) << fen;
+      }
+    }
   }
+  EXPECT_GT(lazyChecked, 500);
+  EXPECT_GT(scaledChecked, 1000);
 }
 
 }  // namespace

@@ -1,219 +1,146 @@
-// The search through its entry: mates, forced moves, draws, limits and determinism.
+// The search through its entry: known results, limits and determinism.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstring>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "board/fen.h"
 #include "board/make_move.h"
+#include "board/move_generation.h"
 #include "board/move_text.h"
 #include "driver/time_control.h"
 #include "search/search_thread.h"
 
 namespace {
 
-struct ReportedLine {
-  uint32_t depth;
-  int32_t score;
-  std::vector<std::string> moves;
-};
-
-// Records what the search reports; time never runs out unless told to.
-class RecordingInterface : public SearchInterface {
- public:
-  bool isTimeUp() override {
-    ++timeChecks;
-    return stopAfterChecks != 0 && timeChecks >= stopAfterChecks;
-  }
+// Records what the search reports: depth, score and length of each line, and
+// the depths of the statistics. Time runs out only after stopAfterChecks looks.
+struct RecordingInterface : SearchInterface {
+  bool isTimeUp() override { return stopAfterChecks != 0 && ++timeChecks >= stopAfterChecks; }
   void reportLine(uint32_t depth, int32_t score, const PvLine& line) override {
-    ReportedLine r{depth, score, {}};
-    for (uint16_t i = 0; i < line.length; ++i) r.moves.push_back(moveToString(line.moves[i]));
-    lines.push_back(r);
+    lines.push_back({int32_t(depth), score, line.length});
   }
   void reportStatistics(uint32_t depth) override { statisticsDepths.push_back(depth); }
-
-  uint64_t timeChecks = 0;
-  uint64_t stopAfterChecks = 0;
-  std::vector<ReportedLine> lines;
+  uint64_t timeChecks = 0, stopAfterChecks = 0;
+  std::vector<std::array<int32_t, 3>> lines;
   std::vector<uint32_t> statisticsDepths;
 };
 
 struct SearchResult {
-  Move best = NoMove;
+  std::string best, output;
   Move ponder = NoMove;
-  std::string output;
   uint64_t nodes = 0;
-};
-
-class SearchRootTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    testing::internal::CaptureStdout();
-    tt = std::make_unique<TTHashTable>("TT hash");
-    tt->sizeFor(16);
-    pawns = std::make_unique<PawnHash>();
-    pawns->sizeFor(1);
-    testing::internal::GetCapturedStdout();
-    tc.timed = true;
-    tc.maxTime = 1000000;
-  }
-
-  SearchResult search(const char* fen, uint32_t maxDepth = 0) {
-    EXPECT_TRUE(setupFromFen(game, fen)) << fen;
-    tc.depthLimited = maxDepth != 0;
-    tc.maxDepth = maxDepth;
-    tc.startClock();
-    SearchThread thread(0, tt.get(), pawns.get(), nullptr, &tc, &ui);
-    SearchResult r;
-    testing::internal::CaptureStdout();
-    thread.searchRootForSide(game, r.best, r.ponder);
-    r.output = testing::internal::GetCapturedStdout();
-    tc.stopClock();
-    r.nodes = thread.stats.nodes.get();
-    return r;
-  }
-
-  Board_0x88 game;
-  TimeControl tc;
   RecordingInterface ui;
-  std::unique_ptr<TTHashTable> tt;
-  std::unique_ptr<PawnHash> pawns;
 };
 
-TEST_F(SearchRootTest, FindsMatesWithTheExactScore) {
-  SearchResult r = search("6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1");
-  EXPECT_EQ(moveToString(r.best), "a1a8");
-  EXPECT_EQ(r.output, "# forced mate in 1 plies: a1a8\n");
-  ASSERT_FALSE(ui.lines.empty());
-  EXPECT_EQ(ui.lines.back().score, 31999);
-
-  ui.lines.clear();
-  r = search("k7/8/2K5/8/8/8/8/7R w - - 0 1");
-  EXPECT_EQ(r.output.rfind("# forced mate in 3 plies: ", 0), 0u) << r.output;
-  EXPECT_EQ(ui.lines.back().score, 31997);
-
-  ui.lines.clear();
-  r = search("2r3k1/p4p2/3Rp2p/1p2P1pK/8/1P4P1/P3Q2P/1q6 b - - 0 1");
-  EXPECT_EQ(r.output, "# forced mate in 5 plies: b1g6\n");
-  EXPECT_EQ(ui.lines.back().score, 31995);
-  EXPECT_NE(r.ponder, NoMove);
-
-  // A mate seen only in a later iteration lies above that iteration's ceiling:
-  // no message then, but the mating move is kept and played.
-  ui.lines.clear();
-  r = search("r1b1kb1r/pppp1ppp/5q2/4n3/3KP3/2N3PN/PPP4P/R1BQ1B1R b kq - 0 1", 12);
-  EXPECT_EQ(moveToString(r.best), "f8c5");
-  EXPECT_EQ(ui.lines.back().score, 31995);
-}
-
-TEST_F(SearchRootTest, SideBeingMatedSeesIt) {
-  // Whatever the knight does, the rook mates on the sixth ply.
-  SearchResult r = search("kn6/8/1K6/8/8/8/8/7R b - - 0 1", 10);
-  EXPECT_NE(r.best, NoMove);
-  EXPECT_EQ(r.output.rfind("# getting mated in 6 plies: ", 0), 0u) << r.output;
-  EXPECT_EQ(ui.lines.back().score, -31994);
-}
-
-TEST_F(SearchRootTest, LoneMoveIsForcedAtDepthOne) {
-  // The rook covers the f-file and the king g7 and h7: only g8 is left.
-  SearchResult r = search("7k/8/6K1/8/8/8/8/5R2 b - - 0 1");
-  EXPECT_EQ(moveToString(r.best), "h8g8");
-  EXPECT_EQ(r.output, "# forced move: h8g8\n");
-  ASSERT_FALSE(ui.lines.empty());
-  EXPECT_EQ(ui.lines.front().depth, 1u);
-}
-
-TEST_F(SearchRootTest, MateAndStalemateAtTheRootReportDepthZero) {
-  SearchResult r = search("R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1");  // mated
-  EXPECT_EQ(r.best, NoMove);
-  EXPECT_EQ(r.ponder, NoMove);
-  EXPECT_EQ(r.output, "");
-  ASSERT_EQ(ui.lines.size(), 1u);
-  EXPECT_EQ(ui.lines[0].depth, 0u);
-  EXPECT_EQ(ui.lines[0].score, -32000);
-  EXPECT_TRUE(ui.lines[0].moves.empty());
-  EXPECT_EQ(ui.statisticsDepths, std::vector<uint32_t>{0});
-
-  ui.lines.clear();
-  r = search("7k/5Q2/8/8/8/8/8/K7 b - - 0 1");  // stalemated
-  EXPECT_EQ(r.best, NoMove);
-  EXPECT_EQ(ui.lines.at(0).depth, 0u);
-  EXPECT_EQ(ui.lines.at(0).score, -32000);
-}
-
-TEST_F(SearchRootTest, BareKingCanOnlyDraw) {
-  // Taking the last black piece leaves two bare kings: a forced draw at the ceiling.
-  SearchResult r = search("7k/8/8/8/3qK3/8/8/8 w - - 0 1");
-  EXPECT_EQ(moveToString(r.best), "e4d4");
-  EXPECT_EQ(r.output, "# forced draw: e4d4\n");
-  for (const ReportedLine& l : ui.lines) EXPECT_LE(l.score, 0);
-}
-
-TEST_F(SearchRootTest, StalemateAndRepetitionScoreZero) {
-  // A queen down, White gives its rook away or checks for ever: stalemate or repetition.
-  SearchResult r = search("7k/8/8/8/8/6q1/8/5R1K w - - 0 1", 10);
-  EXPECT_EQ(moveToString(r.best), "f1f8");
-  EXPECT_EQ(ui.lines.back().score, 0);
-
-  // A queen down again, but the knight can step back into a position of the game.
-  ui.lines.clear();
-  ASSERT_TRUE(setupFromFen(game, "7k/8/8/8/8/8/q7/6NK w - - 10 40"));
-  const Move shuffle[4] = {encodeMove88(0x06, 0x25), encodeMove88(0x77, 0x76), encodeMove88(0x25, 0x06),
-                           encodeMove88(0x76, 0x77)};
-  UndoRecord undo[4];
-  for (int i = 0; i < 4; ++i) {
-    game.history[game.ply].movePlayed = shuffle[i];
-    makeMoveForSide(game, shuffle[i], undo[i]);
+// Searches the FEN after the given moves, with fresh tables; depth 0 until a result ends it.
+SearchResult search(const char* fen, uint32_t depth, const std::vector<std::string>& before = {}, bool timed = true,
+                    uint64_t stopAfterChecks = 0) {
+  auto game = std::make_unique<Board_0x88>();
+  EXPECT_TRUE(setupFromFen(*game, fen)) << fen;
+  for (const std::string& text : before) {
+    MoveList list;
+    bool inCheck;
+    generateLegalMoves(*game, list, inCheck);
+    for (uint32_t i = 0; i < list.count; ++i)
+      if (moveToString(list.moves[i].move) == text) game->history[game->ply].movePlayed = list.moves[i].move;
+    UndoRecord undo;
+    makeMoveForSide(*game, game->history[game->ply].movePlayed, undo);
   }
-  tc.depthLimited = true;
-  tc.maxDepth = 6;
-  SearchThread thread(0, tt.get(), pawns.get(), nullptr, &tc, &ui);
-  Move best, ponder;
   testing::internal::CaptureStdout();
-  thread.searchRootForSide(game, best, ponder);
+  TTHashTable tt("TT hash");
+  tt.sizeFor(16);
+  PawnHash pawns;
+  pawns.sizeFor(1);
   testing::internal::GetCapturedStdout();
-  EXPECT_EQ(moveToString(best), "g1f3");
-  EXPECT_EQ(ui.lines.back().score, 0);
+  TimeControl tc;
+  tc.timed = timed;
+  tc.maxTime = 1000000;
+  tc.depthLimited = depth != 0;
+  tc.maxDepth = depth;
+  SearchResult r;
+  r.ui.stopAfterChecks = stopAfterChecks;
+  tc.startClock();
+  SearchThread thread(0, &tt, &pawns, nullptr, &tc, &r.ui);
+  Move best = NoMove;
+  testing::internal::CaptureStdout();
+  thread.searchRootForSide(*game, best, r.ponder);
+  r.output = testing::internal::GetCapturedStdout();
+  tc.stopClock();
+  r.best = best == NoMove ? "" : moveToString(best);
+  r.nodes = thread.stats.nodes.get();
+  return r;
 }
 
-TEST_F(SearchRootTest, DepthLimitStopsAtItsDepth) {
-  SearchResult r = search(startPositionFen, 4);
-  EXPECT_NE(r.best, NoMove);
-  EXPECT_EQ(r.output, "");
-  ASSERT_FALSE(ui.lines.empty());
-  for (const ReportedLine& l : ui.lines) EXPECT_LE(l.depth, 4u);
-  EXPECT_EQ(ui.lines.back().depth, 4u);
-  EXPECT_EQ(ui.statisticsDepths, std::vector<uint32_t>{4});
+constexpr int32_t Any = 1 << 20;
+
+// Mates with their exact scores and messages, forced moves, draws by
+// stalemate, repetition and bare kings, mate and stalemate at the root.
+TEST(SearchRootTest, KnownResults) {
+  const struct {
+    const char* what;
+    const char* fen;
+    std::vector<std::string> before;  // moves played first, part of the game
+    uint32_t depth;
+    const char* best;    // "?" for any
+    const char* output;  // the start of what is printed
+    int32_t score;       // of the last line
+  } cases[] = {
+      {"mate in 1", "6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1", {}, 0, "a1a8", "# forced mate in 1 plies: a1a8\n", 31999},
+      {"mate in 3", "k7/8/2K5/8/8/8/8/7R w - - 0 1", {}, 0, "?", "# forced mate in 3 plies: ", 31997},
+      {"mate in 5", "2r3k1/p4p2/3Rp2p/1p2P1pK/8/1P4P1/P3Q2P/1q6 b - - 0 1", {}, 0, "b1g6",
+       "# forced mate in 5 plies: b1g6\n", 31995},
+      // Seen only in a later iteration, above its ceiling: no message, but the move is kept.
+      {"a mate found late", "r1b1kb1r/pppp1ppp/5q2/4n3/3KP3/2N3PN/PPP4P/R1BQ1B1R b kq - 0 1", {}, 12, "f8c5", "",
+       31995},
+      {"getting mated", "kn6/8/1K6/8/8/8/8/7R b - - 0 1", {}, 10, "?", "# getting mated in 6 plies: ", -31994},
+      {"a lone move", "7k/8/6K1/8/8/8/8/5R2 b - - 0 1", {}, 0, "h8g8", "# forced move: h8g8\n", Any},
+      {"mated at the root", "R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1", {}, 0, "", "", -32000},
+      {"stalemated at the root", "7k/5Q2/8/8/8/8/8/K7 b - - 0 1", {}, 0, "", "", -32000},
+      {"taking the last piece leaves bare kings", "7k/8/8/8/3qK3/8/8/8 w - - 0 1", {}, 0, "e4d4",
+       "# forced draw: e4d4\n", 0},
+      {"a queen down: stalemate by giving the rook away", "7k/8/8/8/8/6q1/8/5R1K w - - 0 1", {}, 10, "f1f8", "", 0},
+      {"a queen down: back into a position of the game", "7k/8/8/8/8/8/q7/6NK w - - 10 40",
+       {"g1f3", "h8g8", "f3g1", "g8h8"}, 6, "g1f3", "", 0},
+  };
+  for (const auto& c : cases) {
+    const SearchResult r = search(c.fen, c.depth, c.before);
+    EXPECT_TRUE(r.best == c.best || (std::string(c.best) == "?" && !r.best.empty())) << c.what << ": " << r.best;
+    EXPECT_EQ(r.output.substr(0, std::strlen(c.output)), c.output) << c.what;
+    EXPECT_EQ(r.output.empty(), !*c.output) << c.what;
+    ASSERT_FALSE(r.ui.lines.empty()) << c.what;
+    EXPECT_TRUE(c.score == Any || r.ui.lines.back()[1] == c.score) << c.what << ": " << r.ui.lines.back()[1];
+    // Nothing to search: one line of depth 0 without moves, statistics of depth 0. A lone move: depth 1.
+    if (!*c.best) {
+      EXPECT_EQ(r.ponder, NoMove) << c.what;
+      EXPECT_EQ(r.ui.lines, (std::vector<std::array<int32_t, 3>>{{0, -32000, 0}})) << c.what;
+      EXPECT_EQ(r.ui.statisticsDepths, std::vector<uint32_t>{0}) << c.what;
+    }
+    EXPECT_TRUE(std::string(c.what) != "a lone move" || r.ui.lines.front()[0] == 1);
+    EXPECT_TRUE(std::string(c.what) != "mate in 5" || r.ponder != NoMove);
+  }
 }
 
-TEST_F(SearchRootTest, UntimedOrDiscardedSearchGivesNoMove) {
-  tc.timed = false;
-  SearchResult r = search(startPositionFen, 3);
-  EXPECT_EQ(r.best, NoMove);
-  EXPECT_EQ(r.ponder, NoMove);
-  tc.timed = true;
-
-  // Time running out in the first iteration still leaves the move of the first scoring.
-  ui.stopAfterChecks = 5;
-  r = search(startPositionFen);
-  EXPECT_NE(r.best, NoMove);
-}
-
-TEST_F(SearchRootTest, FixedDepthIsDeterministic) {
-  const char* fens[] = {startPositionFen, "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
-                        "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1"};
-  for (const char* fen : fens) {
-    tt->clear();
-    pawns->clear();
-    SearchResult first = search(fen, 7);
-    tt->clear();
-    pawns->clear();
-    SearchResult second = search(fen, 7);
+// A fixed depth stops at it and gives the same search twice from empty tables;
+// without a clock nothing is played; time running out in the first iteration
+// still leaves the move of the first scoring.
+TEST(SearchRootTest, LimitsAndDeterminism) {
+  for (const char* fen : {startPositionFen, "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+                          "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1"}) {
+    const SearchResult first = search(fen, 7), second = search(fen, 7);
+    EXPECT_EQ(first.output, "") << fen;
+    for (const auto& line : first.ui.lines) EXPECT_LE(line[0], 7) << fen;
+    EXPECT_EQ(first.ui.lines.back()[0], 7) << fen;
+    EXPECT_EQ(first.ui.statisticsDepths, std::vector<uint32_t>{7}) << fen;
     EXPECT_EQ(first.nodes, second.nodes) << fen;
     EXPECT_EQ(first.best, second.best) << fen;
-    EXPECT_GT(first.nodes, 100u);
+    EXPECT_GT(first.nodes, 100u) << fen;
   }
+  const SearchResult untimed = search(startPositionFen, 3, {}, false);
+  EXPECT_EQ(untimed.best, "");
+  EXPECT_EQ(untimed.ponder, NoMove);
+  EXPECT_NE(search(startPositionFen, 0, {}, true, 5).best, "");
 }
 
 }  // namespace
