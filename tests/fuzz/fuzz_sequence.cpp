@@ -1,43 +1,24 @@
 #include "fuzz/fuzz_sequence.h"
 
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 
 namespace {
 
 std::string escape(const std::string& text) {
-  size_t trailing = text.size();
-  while (trailing > 0 && text[trailing - 1] == ' ') --trailing;
+  const size_t trailing = text.find_last_not_of(' ') + 1;
   std::string out;
-  static const char hex[] = "0123456789abcdef";
   for (size_t i = 0; i < text.size(); ++i) {
-    unsigned char c = static_cast<unsigned char>(text[i]);
-    if (c == '\\') {
-      out += "\\\\";
-    } else if (c == '\t') {
-      out += "\\t";
-    } else if (c == '\r') {
-      out += "\\r";
-    } else if (c == 0) {
-      out += "\\0";
-    } else if (c < 0x20 || c >= 0x7f || (c == ' ' && i >= trailing)) {
-      // Editors drop trailing blanks; the engine trims them, so they matter.
-      out += "\\x";
-      out += hex[c >> 4];
-      out += hex[c & 15];
-    } else {
-      out += char(c);
-    }
+    const unsigned char c = static_cast<unsigned char>(text[i]);
+    if (c == '\\') out += "\\\\";
+    else if (c == '\t') out += "\\t";
+    else if (c == '\r') out += "\\r";
+    else if (c == 0) out += "\\0";
+    else if (c < 0x20 || c >= 0x7f || (c == ' ' && i >= trailing))  // editors drop trailing blanks
+      out += std::string("\\x") + "0123456789abcdef"[c >> 4] + "0123456789abcdef"[c & 15];
+    else out += char(c);
   }
   return out;
-}
-
-int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
 }
 
 bool unescape(const std::string& text, std::string& out) {
@@ -48,21 +29,18 @@ bool unescape(const std::string& text, std::string& out) {
       continue;
     }
     if (++i >= text.size()) return false;
-    switch (text[i]) {
-      case '\\': out += '\\'; break;
-      case 't': out += '\t'; break;
-      case 'r': out += '\r'; break;
-      case 'n': out += '\n'; break;
-      case '0': out += '\0'; break;
-      case 'x': {
-        int high = i + 1 < text.size() ? hexValue(text[i + 1]) : -1;
-        int low = i + 2 < text.size() ? hexValue(text[i + 2]) : -1;
-        if (high < 0 || low < 0) return false;
-        out += char(high * 16 + low);
-        i += 2;
-        break;
-      }
-      default: return false;
+    const char c = text[i];
+    if (c == 'x') {
+      char* end = nullptr;
+      const std::string hex = text.substr(i + 1, 2);
+      const long value = std::strtol(hex.c_str(), &end, 16);
+      if (hex.size() != 2 || *end) return false;
+      out += char(value);
+      i += 2;
+    } else {
+      const std::string from = "\\trn0", to = std::string("\\\t\r\n\0", 5);
+      if (from.find(c) == std::string::npos) return false;
+      out += to[from.find(c)];
     }
   }
   return true;
@@ -82,13 +60,9 @@ std::string formatSequence(const FuzzSequence& sequence) {
   }
   for (const std::string& line : sequence.iniLines) out << "ini " << line << '\n';
   for (const FuzzStep& step : sequence.steps) {
-    switch (step.kind) {
-      case FuzzStep::Send:
-        out << (step.glue ? "glue " : step.newline ? "send " : "part ") << escape(step.text) << '\n';
-        break;
-      case FuzzStep::Sleep: out << "sleep " << step.milliseconds << '\n'; break;
-      case FuzzStep::Close: out << "close\n"; break;
-    }
+    if (step.kind == FuzzStep::Send) out << (step.glue ? "glue " : step.newline ? "send " : "part ") << escape(step.text) << '\n';
+    if (step.kind == FuzzStep::Sleep) out << "sleep " << step.milliseconds << '\n';
+    if (step.kind == FuzzStep::Close) out << "close\n";
   }
   return out.str();
 }
@@ -101,9 +75,8 @@ bool parseSequence(const std::string& text, FuzzSequence& sequence, std::string&
     ++number;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.empty() || line[0] == '#') continue;
-    size_t blank = line.find(' ');
-    std::string word = line.substr(0, blank);
-    std::string rest = blank == std::string::npos ? "" : line.substr(blank + 1);
+    const size_t blank = line.find(' ');
+    const std::string word = line.substr(0, blank), rest = blank == std::string::npos ? "" : line.substr(blank + 1);
     FuzzStep step;
     step.group = int(sequence.steps.size());
     if (word == "args") {
@@ -114,14 +87,10 @@ bool parseSequence(const std::string& text, FuzzSequence& sequence, std::string&
       sequence.iniLines.push_back(rest);
       continue;
     } else if (word == "send" || word == "part" || word == "glue") {
-      step.kind = FuzzStep::Send;
       step.newline = word != "part";
       step.glue = word == "glue";
       if (step.glue && !sequence.steps.empty()) step.group = sequence.steps.back().group;
-      if (!unescape(rest, step.text)) {
-        error = "line " + std::to_string(number) + ": bad escape";
-        return false;
-      }
+      if (!unescape(rest, step.text)) error = "line " + std::to_string(number) + ": bad escape";
     } else if (word == "sleep") {
       step.kind = FuzzStep::Sleep;
       step.milliseconds = std::atoi(rest.c_str());
@@ -129,28 +98,11 @@ bool parseSequence(const std::string& text, FuzzSequence& sequence, std::string&
       step.kind = FuzzStep::Close;
     } else {
       error = "line " + std::to_string(number) + ": unknown step '" + word + "'";
-      return false;
     }
+    if (!error.empty()) return false;
     sequence.steps.push_back(step);
   }
   return true;
-}
-
-bool readSequenceFile(const std::string& path, FuzzSequence& sequence, std::string& error) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    error = "cannot read " + path;
-    return false;
-  }
-  std::ostringstream text;
-  text << file.rdbuf();
-  return parseSequence(text.str(), sequence, error);
-}
-
-bool writeSequenceFile(const std::string& path, const FuzzSequence& sequence) {
-  std::ofstream file(path, std::ios::binary);
-  file << formatSequence(sequence);
-  return bool(file);
 }
 
 size_t countCommands(const FuzzSequence& sequence) {
