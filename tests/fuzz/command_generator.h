@@ -1,9 +1,48 @@
 #pragma once
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "board/board.h"
-#include "fuzz/fuzz_sequence.h"
+
+// One step of a fuzz sequence: bytes for the engine's standard input, a pause,
+// or the end of input.
+struct FuzzStep {
+  enum Kind { Send, Sleep, Close };
+  Kind kind = Send;
+  std::string text;      // Send: the bytes, without the line feed
+  int milliseconds = 0;  // Sleep
+  bool newline = true;   // Send: a line feed follows (false: a partial line)
+  bool glue = false;     // Send: keeps the group's searches short; never dropped alone
+  int group = 0;         // steps that only make sense together share a group
+};
+
+// Everything needed to run a sequence again. Input always ends after the last step.
+struct FuzzSequence {
+  std::vector<std::string> engineArgs, iniLines;  // the command line and tolva.ini
+  std::vector<FuzzStep> steps;
+  std::string comment;
+};
+
+// SplitMix64: small, fast, and the same numbers on every platform.
+class FuzzRandom {
+ public:
+  explicit FuzzRandom(uint64_t seed) : state_(seed) {}
+  uint64_t next() {
+    uint64_t z = (state_ += 0x9e3779b97f4a7c15ull);
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
+    return z ^ (z >> 31);
+  }
+  uint32_t below(uint32_t n) { return uint32_t(next() % n); }
+  int range(int low, int high) { return low + int(below(uint32_t(high - low + 1))); }
+  bool chance(double p) { return double(next() >> 11) * (1.0 / 9007199254740992.0) < p; }
+  template <typename T>
+  const T& pick(const std::vector<T>& items) { return items[below(uint32_t(items.size()))]; }
+
+ private:
+  uint64_t state_;
+};
 
 struct GeneratorSettings {
   int maxCores = 2;

@@ -1,21 +1,15 @@
 // Transcripts that wait for the engine between lines: commands while it
-// searches, and whole games that it plays against itself.
+// searches, and a whole game that it plays against itself.
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 #include "board/fen.h"
-#include "board/make_move.h"
-#include "board/move_generation.h"
-#include "board/move_text.h"
-#include "driver/polyglot_key.h"
 #include "protocol/transcript.h"
 #include "tablebase/search_probe.h"
 
 namespace {
 
 const std::string gtb4 = "/usr/share/gaviotatb/gtb4";
-const std::string bookPath = TOLVA_TEST_DATA_DIR "/performance.bin";
 
 // Lets `auto` play on: the loop starts a search only after a line. Stops once `until` is printed.
 void playOn(Session& engine, int lines, const std::string& until = "\n# never printed\n") {
@@ -50,63 +44,6 @@ TEST(ProtocolSessionTest, SizesSentDuringASearchApplyOnlyAfterIt) {
   const size_t sizes = after.find("# new size of TT hash: 16 MB\n# new size of Pawn hash: 4 MB\n");
   ASSERT_NE(sizes, std::string::npos) << after;
   EXPECT_LT(sizes, after.find("\nmove ")) << after;
-}
-
-// The moves of the book for the position, read straight from the file.
-std::vector<std::string> bookMovesOf(const Board_0x88& board) {
-  std::vector<std::string> moves;
-  std::ifstream in(bookPath, std::ios::binary);
-  unsigned char e[16];
-  while (in.read(reinterpret_cast<char*>(e), 16)) {
-    uint64_t key = 0;
-    for (int i = 0; i < 8; ++i) key = key << 8 | e[i];
-    unsigned m = e[8] << 8 | e[9];
-    std::string text{char('a' + (m >> 6 & 7)), char('1' + (m >> 9 & 7)), char('a' + (m & 7)), char('1' + (m >> 3 & 7))};
-    // Castling is stored as the king taking its rook.
-    for (const char* castle : {"e1h1e1g1", "e1a1e1c1", "e8h8e8g8", "e8a8e8c8"})
-      if (text == std::string(castle, 4)) text = castle + 4;
-    if (key == polyglotKey(board)) moves.push_back(text);
-  }
-  return moves;
-}
-
-// A move without search has no thinking line since the move before it.
-TEST(GameSessionTest, FirstMovesComeFromTheBookWithoutSearch) {
-  Session engine;
-  engine.send("option bookFilePath=" + bookPath + "\nnew\nlevel 40 5 0\npost\nauto\n");
-  playOn(engine, 8);
-  engine.send("force\nquit\n");
-  ASSERT_EQ(engine.end(), 0);
-  std::istringstream lines(engine.output());
-  auto board = std::make_unique<Board_0x88>();
-  setupFromFen(*board, startPositionFen);
-  int bookMoves = 0;
-  bool inBook = true, thought = false;
-  const std::string making = "# making engine move: ";
-  for (std::string line; std::getline(lines, line);) {
-    // The console prompt may land in front of any line.
-    for (size_t at; (at = line.find(prompt)) != std::string::npos;) line.erase(at, prompt.size());
-    thought = thought || (!line.empty() && std::isdigit(static_cast<unsigned char>(line[0])));
-    if (line.rfind(making, 0) != 0) continue;
-    const std::string move = line.substr(making.size());
-    inBook = inBook && !thought;
-    thought = false;
-    if (inBook) {
-      std::vector<std::string> listed = bookMovesOf(*board);
-      EXPECT_NE(std::find(listed.begin(), listed.end(), move), listed.end()) << move << " at move " << bookMoves;
-      ++bookMoves;
-    }
-    MoveList legal;
-    bool inCheck;
-    generateLegalMoves(*board, legal, inCheck);
-    Move played = NoMove;
-    for (uint32_t i = 0; i < legal.count; ++i)
-      if (moveToString(legal.moves[i].move) == move) played = legal.moves[i].move;
-    ASSERT_NE(played, NoMove) << move;
-    UndoRecord undo;
-    makeMoveForSide(*board, played, undo);
-  }
-  EXPECT_GE(bookMoves, 4) << engine.output();
 }
 
 // The engine plays both sides and mates in exactly the tablebase distance,
