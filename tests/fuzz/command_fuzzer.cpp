@@ -123,7 +123,7 @@ RunRecord execute(const FuzzSequence& header, const StepSource& source) {
   ini.close();
   std::ofstream(dir / "fens.txt") << "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1\n8/8/8/8/8/8/8/8 w - - 0 1\nnot a fen\n\n"
                                   << std::string(130, '4') << "\nr3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
-  EngineProcess engine(options.engine, header.engineArgs, dir.string(), EngineProcess::Errors::Apart);
+  EngineProcess engine(options.engine, header.engineArgs, dir.string(), true);
   GameTracker tracker;
   for (bool gone = !engine.started(); !gone;) {
     const std::vector<FuzzStep> group = source(tracker.playableBoard());

@@ -10,7 +10,7 @@
 
 namespace {
 
-const std::string newGame = "# new size of TT hash: 256 MB\n# new size of Pawn hash: 32 MB\n" + startBoardDiagram();
+const std::string newGame = "# new size of TT hash: 256 MB\n# new size of Pawn hash: 32 MB\n" + startBoard;
 
 
 
@@ -65,7 +65,7 @@ TEST(DiagnosticCommandsTest, RandposWritesPlayablePositions) {
   const std::string path = ::testing::TempDir() + "tolva_positions_" + std::to_string(getpid()) + ".fen";
   std::vector<std::string> out = repliesTo("randpos\nrandpos 1000 " + path + "\n");
   ASSERT_EQ(out.size(), 2u);
-  EXPECT_EQ(out[0], startBoardDiagram() + "\n");  // without a count: the board as it stands
+  EXPECT_EQ(out[0], startBoard + "\n");  // without a count: the board as it stands
   EXPECT_EQ(out[1], "Wrote 1000 random FENs to file \"" + path + "\"\n" + newGame);
   std::ifstream in(path);
   std::vector<std::string> fens;

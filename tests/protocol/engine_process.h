@@ -1,41 +1,37 @@
 #pragma once
-// The engine binary as a child process over pipes, shared by the protocol
-// tests and the command fuzzer.
+// The engine binary as a child process over pipes, for the protocol tests and
+// the command fuzzer. Output is drained whenever the caller waits, so a
+// chatty engine never blocks.
 #include <string>
 #include <vector>
 
-// What became of one run of the engine.
 struct EngineOutcome {
   std::string output;  // standard output, with standard error when merged
   std::string errors;  // standard error when kept apart: the sanitizers report there
-  bool exited = false;
-  int exitCode = -1;
-  int signal = 0;
-  bool hung = false;         // no exit within the time limit after the end of input
+  int exitCode = -1, signal = 0;
+  bool hung = false;         // no exit within the time limit after the end of input: killed
   bool exitedEarly = false;  // gone before its input was closed
-  std::string stacks;        // thread stacks of a hung engine, when gdb could take them
-  // The exit code, or -1 when killed, hung or ended by a signal.
-  int status() const { return exited && signal == 0 ? exitCode : -1; }
+  std::string stacks;        // the threads of a hung engine, when gdb could take them
+  // The exit code, or -1 when hung or ended by a signal.
+  int status() const { return hung || signal ? -1 : exitCode; }
 };
 
-// Output is drained whenever the caller waits, so a chatty engine never blocks.
 class EngineProcess {
  public:
-  enum class Errors { Merged, Apart };
-  EngineProcess(const std::string& binary, const std::vector<std::string>& args = {},
-                const std::string& workingDir = "", Errors errors = Errors::Merged);
+  EngineProcess(const std::string& binary, const std::vector<std::string>& args = {}, const std::string& workingDir = "",
+                bool errorsApart = false);
   ~EngineProcess();
   EngineProcess(const EngineProcess&) = delete;
   EngineProcess& operator=(const EngineProcess&) = delete;
 
   bool started() const { return pid_ > 0; }
-  // Writes all bytes unless the engine has gone or stopped reading for `stallMs`.
+  // Writes all bytes; false when the engine has gone or stopped reading for `stallMs`.
   bool send(const std::string& bytes, int stallMs = 60000);
   void pause(int milliseconds);
   // Reads until `needle` is in the output; false on timeout or end of output.
   bool waitFor(const std::string& needle, int timeoutSeconds = 30);
   void closeInput();
-  bool inputClosed() const { return toChild_ < 0; }
+  bool inputClosed() const { return in_ < 0; }
   // Closes the input, waits up to `timeoutMs` for the exit, kills a hung engine.
   EngineOutcome finish(int timeoutMs = 60000, bool takeStacks = false);
   const std::string& output() const { return outcome_.output; }
@@ -43,11 +39,7 @@ class EngineProcess {
  private:
   void drain(int timeoutMs);
   bool reap(bool block);
-
-  int pid_ = -1;
-  int toChild_ = -1;
-  int fromChild_ = -1;
-  int errorsFromChild_ = -1;
+  int pid_ = -1, in_ = -1, out_ = -1, err_ = -1;
   EngineOutcome outcome_;
 };
 

@@ -19,16 +19,11 @@ inline std::string diagram(const std::vector<std::string>& rows) {
   return text + "#\n";
 }
 
-inline std::string startBoardDiagram() {
-  return diagram({"rnbqkbnr", "pppppppp", "........", "........", "........", "........", "PPPPPPPP", "RNBQKBNR"});
-}
-
+inline const std::string startBoard =
+    diagram({"rnbqkbnr", "pppppppp", "........", "........", "........", "........", "PPPPPPPP", "RNBQKBNR"});
 // The text before the first prompt, without command-line options.
-inline std::string expectedStartup(bool withBoard = true) {
-  return "# Tolva 0.7.0\n# a chess engine for the xboard protocol; type 'quit' to leave\n# \nfeature done=0\n"
-         "# new size of TT hash: 256 MB\n# new size of Pawn hash: 32 MB\n" +
-         (withBoard ? startBoardDiagram() : "");
-}
+inline const std::string startup = "# Tolva 0.7.0\n# a chess engine for the xboard protocol; type 'quit' to leave\n# \n"
+                                   "feature done=0\n# new size of TT hash: 256 MB\n# new size of Pawn hash: 32 MB\n" + startBoard;
 
 inline EngineOutcome run(const std::string& input, const std::vector<std::string>& args = {},
                          const std::string& dir = "", int timeoutSeconds = 60) {
@@ -64,7 +59,7 @@ inline void expectTranscript(const std::vector<Row>& rows, const std::vector<std
   EngineOutcome out = run(input + "quit\n", args, dir);
   if (mask) out.output = mask(out.output);
   EXPECT_EQ(out.status(), 0);
-  std::string expected = expectedStartup() + prompt;
+  std::string expected = startup + prompt;
   bool console = true;
   for (const Row& row : rows) {
     console = console && row.line != "xboard";

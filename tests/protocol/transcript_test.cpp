@@ -42,15 +42,17 @@ const std::string unplayable =
     "# warning: this position can't be played: a side lacks its king or has too many pieces, a pawn stands on its "
     "first or last rank, or the side not to move is in check\n";
 std::string setting(const std::string& s) { return "# setting option: " + s + "\n"; }
-std::string illegalValue(const std::string& name, const std::string& value) {
-  return "Error (illegal value for '" + name + "' option): " + value + "\n";
-}
 std::string illegalMove(const std::string& move) { return "Error (illegal move): " + move + "\n" + commandError("usermove " + move); }
 const std::string gameOver = "Error (cannot make a move at end of game)\n";
+Row fails(const std::string& line, const std::string& message = "") { return {line, message + commandError(line)}; }
+Row refused(const std::string& name, const std::string& value, std::string line = "") {
+  if (line.empty()) line = "option " + name + "=" + value;
+  return fails(line, "Error (illegal value for '" + name + "' option): " + value + "\n");
+}
 
 TEST(StartupTest, Transcripts) {
   const std::string head = "# Tolva 0.7.0\n# a chess engine for the xboard protocol; type 'quit' to leave\n# \nfeature done=0\n";
-  const std::string tail = sizes(256, 32) + startBoardDiagram() + prompt;
+  const std::string tail = sizes(256, 32) + startBoard + prompt;
   auto badCores = [](const std::string& value) {
     return "# warning: found bad argument \"" + value + "\" for command line option \"-cores\", must be a positive number\n";
   };
@@ -58,12 +60,10 @@ TEST(StartupTest, Transcripts) {
     std::vector<std::string> args;
     std::string input, output;
   } cases[] = {
-      {{}, "quit\n", expectedStartup() + prompt},
-      {{}, "", expectedStartup() + prompt},
+      {{}, "quit\n", startup + prompt}, {{}, "", startup + prompt},
       // A last line without a line feed is still a command; blanks after it are trimmed.
-      {{}, "quit", expectedStartup() + prompt},
-      {{}, "quit   \n", expectedStartup() + prompt},
-      {{}, "\nxboard\n\nforce\nquit\n", expectedStartup() + prompt + prompt + "\n"},
+      {{}, "quit", startup + prompt}, {{}, "quit   \n", startup + prompt},
+      {{}, "\nxboard\n\nforce\nquit\n", startup + prompt + prompt + "\n"},
       {{"-cores", "0"}, "quit\n", head + badCores("0") + tail},
       {{"-cores", "two"}, "quit\n", head + badCores("0") + tail},
       {{"-cores", "-3"}, "quit\n", head + badCores("-3") + tail},
@@ -86,27 +86,20 @@ TEST(CommandLoopTest, ConsoleTranscript) {
   const std::string longLine = std::string(1023, 'x') + "protover 1 2";
   std::vector<Row> rows = {
       // Argument counts, checked before any handler runs.
-      {"protover", missingArgs(1, "protover")},
-      {"protover 2 3", tooManyArgs(1, "protover 2 3")},
+      {"protover", missingArgs(1, "protover")}, {"protover 2 3", tooManyArgs(1, "protover 2 3")},
       {"level 40 5 0 1", tooManyArgs(3, "level 40 5 0 1")},
       {"setboard 8/8/8/8/8/8/8/K1k5 w", missingArgs(4, "setboard 8/8/8/8/8/8/8/K1k5 w")},
-      {"tune", missingArgs(1, "tune")},
-      {"tune x", ""},
-      {"tune x y", ""},
-      {"tune x y z", tooManyArgs(2, "tune x y z")},
+      {"tune", missingArgs(1, "tune")}, {"tune x", ""}, {"tune x y", ""}, {"tune x y z", tooManyArgs(2, "tune x y z")},
       // Two blanks make an empty argument.
-      {"usermove  e2e4", tooManyArgs(1, "usermove  e2e4")},
-      {"ping", missingArgs(1, "ping")},
-      {"quit 1", tooManyArgs(0, "quit 1")},
-      {"auto 1", commandError("auto 1")},
+      {"usermove  e2e4", tooManyArgs(1, "usermove  e2e4")}, {"ping", missingArgs(1, "ping")},
+      {"quit 1", tooManyArgs(0, "quit 1")}, fails("auto 1"),
       // Unknown words and empty lines are dropped without a word.
       {"QUIT", ""}, {"e2e4", ""}, {"usermove\t e2e4", ""}, {" quit", ""}, {"hello world", ""}, {"", ""},
       {"   ", ""}, {"\r", ""}, {"\t", ""}, {"\t ", ""}, {"st 10", ""}, {"computer", ""},
       // CR LF and trailing blanks go; a blank before the CR stays and so does a tab.
       {"tune x \r", ""}, {"protover \r", missingArgs(1, "protover")}, {"protover\t\r", ""},
       // Lines longer than 1023 bytes are read as several lines.
-      {longLine, prompt + tooManyArgs(1, "protover 1 2")},
-      {std::string(2000, 'y'), prompt},
+      {longLine, prompt + tooManyArgs(1, "protover 1 2")}, {std::string(2000, 'y'), prompt},
       {"\x01\x02\xff\xfe garbage", ""}, {std::string("qu\0it", 5), ""}, {std::string("\0\0\0", 3), ""},
       {"\x7f\x1b[A", ""},
       // A refused position leaves an empty board, never a half-filled one.
@@ -115,55 +108,44 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1", commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + cleared},
       {"setboard 8/8/8/8/8/8/8/K1k5 b - - 17 40", "1/2-1/2 {Draw by insufficient material}\n" + kings},
       // Positions without kings are judged but not played.
-      {"setboard 8/8/8/8/8/8/8/8 w - - 0 1", unplayable + "1/2-1/2 {Stalemate}\n" + cleared},
-      {"go", gameOver + commandError("go")},
+      {"setboard 8/8/8/8/8/8/8/8 w - - 0 1", unplayable + "1/2-1/2 {Stalemate}\n" + cleared}, fails("go", gameOver),
       {"setboard 8/8/8/8/8/8/8/K7 w - - 0 1", unplayable + "1/2-1/2 {Draw by insufficient material}\n" + lone},
-      {"new", sizes(256, 32) + startBoardDiagram()},
+      {"new", sizes(256, 32) + startBoard},
       // Time controls: bad ones give only the loop's line, odd numbers don't hurt.
       {"level 40 5 0", ""}, {"level 0 1:30 0", ""}, {"level 40 0:30 1.5", ""}, {"level 40 :30 0", ""},
       {"level 40 5: 0", ""}, {"sd 0", ""}, {"sd 12", ""}, {"time 6000", ""}, {"time 0", ""},
-      {"level 40 1:30:15 0", commandError("level 40 1:30:15 0")}, {"sd -1", commandError("sd -1")},
-      {"level 40  0", commandError("level 40  0")}, {"time 99999999", ""}, {"time -5", ""},
+      fails("level 40 1:30:15 0"), fails("sd -1"), fails("level 40  0"), {"time 99999999", ""}, {"time -5", ""},
       {"time 99999999999999999999", ""}, {"time x", ""}, {"level -3 -1:-7 -2", ""},
       {"level 99999999999 99999999999:99999999999 99999999999", ""}, {"sd 99999999999", ""},
       // Diagnostics that refuse their arguments leave the engine working.
-      {"randgames 0", commandError("randgames 0")}, {"randgames -5", commandError("randgames -5")},
-      {"randgames x", commandError("randgames x")}, {"randpos 0", commandError("randpos 0")},
+      fails("randgames 0"), fails("randgames -5"), fails("randgames x"), fails("randpos 0"),
       {"randpos 3 /nonexistent/dir/file",
        "# ERROR: failed to open file \"/nonexistent/dir/file\" for writing" + commandError("randpos 3 /nonexistent/dir/file")},
       {"test /nonexistent/x.fen",
        "# ERROR: failed to open file \"/nonexistent/x.fen\" for reading\n" + commandError("test /nonexistent/x.fen")},
       {"test /etc", "# ERROR: failed to open file \"/etc\" for reading\n" + commandError("test /etc")},
-      {"perft x", commandError("perft x")}, {"divide -3", commandError("divide -3")},
-      {"divide 0", commandError("divide 0")}, {"perft", missingArgs(1, "perft")}, {"perft 1 2", tooManyArgs(1, "perft 1 2")},
+      fails("perft x"), fails("divide -3"),
+      fails("divide 0"), {"perft", missingArgs(1, "perft")}, {"perft 1 2", tooManyArgs(1, "perft 1 2")},
       {"egtpath syzygy /tb", "# invalid TB type: syzygy\n" + commandError("egtpath syzygy /tb")},
       {"egtpath gaviota", missingArgs(2, "egtpath gaviota")},
       {"egtpath gaviota " + gtb4, "# initializing TB: type=gaviota path=" + gtb4 + "\n"},
       {"randgame", ""}, {"norandgame", ""}, {"nobook", ""}, {"book", ""}, {"post", ""}, {"nopost", ""},
       // Options: set, printed, or refused; sizes wait for the next set-up.
       {"option ttHashSizeMB=1048576", setting("ttHashSizeMB=1048576")},
-      {"option ttHashSizeMB=16", setting("ttHashSizeMB=16")},
-      {"option pawnHashSizeMB=4x", setting("pawnHashSizeMB=4")},
+      {"option ttHashSizeMB=16", setting("ttHashSizeMB=16")}, {"option pawnHashSizeMB=4x", setting("pawnHashSizeMB=4")},
       {"option gtbCacheSizeMB=0", setting("gtbCacheSizeMB=0")},
       {"option gtbPath", setting("gtbPath=")},  // with no value a path is empty
-      {"option gtbPath=/a;/b", setting("gtbPath=/a;/b")},
-      {"option bookFilePath=", setting("bookFilePath=")},
-      {"option bookFilePath=my.bin=x", setting("bookFilePath=my.bin")},
-      {"option ttHashSizeMB=abc", illegalValue("ttHashSizeMB", "abc") + commandError("option ttHashSizeMB=abc")},
-      {"option pawnHashSizeMB=0", illegalValue("pawnHashSizeMB", "0") + commandError("option pawnHashSizeMB=0")},
-      {"option ttHashSizeMB=1048577", illegalValue("ttHashSizeMB", "1048577") + commandError("option ttHashSizeMB=1048577")},
-      {"option ttHashSizeMB=99999999999999999999", illegalValue("ttHashSizeMB", "99999999999999999999") +
-                                                       commandError("option ttHashSizeMB=99999999999999999999")},
-      {"option gtbCacheSizeMB=-1", illegalValue("gtbCacheSizeMB", "-1") + commandError("option gtbCacheSizeMB=-1")},
+      {"option gtbPath=/a;/b", setting("gtbPath=/a;/b")}, {"option bookFilePath=", setting("bookFilePath=")},
+      {"option bookFilePath=my.bin=x", setting("bookFilePath=my.bin")}, refused("ttHashSizeMB", "abc"),
+      refused("pawnHashSizeMB", "0"), refused("ttHashSizeMB", "1048577"),
+      refused("ttHashSizeMB", "99999999999999999999"), refused("gtbCacheSizeMB", "-1"),
       // With no value a size is illegal.
-      {"option ttHashSizeMB", illegalValue("ttHashSizeMB", "") + commandError("option ttHashSizeMB")},
-      {"option pawnHashSizeMB=", illegalValue("pawnHashSizeMB", "") + commandError("option pawnHashSizeMB=")},
-      {"option foo=1", "Error (unknown option name): foo\n" + commandError("option foo=1")},
-      {"option TTHASHSIZEMB=5", "Error (unknown option name): TTHASHSIZEMB\n" + commandError("option TTHASHSIZEMB=5")},
-      {"option =5", "Error (unknown option name): \n" + commandError("option =5")},
-      {"option gtbPath=C:/a b", tooManyArgs(1, "option gtbPath=C:/a b")},
-      {"option", missingArgs(1, "option")},
-      {"cores 0", commandError("cores 0")}, {"cores x", commandError("cores x")}, {"cores 3", coresLine(3, 1)},
+      refused("ttHashSizeMB", "", "option ttHashSizeMB"), refused("pawnHashSizeMB", ""),
+      fails("option foo=1", "Error (unknown option name): foo\n"),
+      fails("option TTHASHSIZEMB=5", "Error (unknown option name): TTHASHSIZEMB\n"),
+      fails("option =5", "Error (unknown option name): \n"),
+      {"option gtbPath=C:/a b", tooManyArgs(1, "option gtbPath=C:/a b")}, {"option", missingArgs(1, "option")},
+      fails("cores 0"), fails("cores x"), {"cores 3", coresLine(3, 1)},
       // The argument of protover isn't looked at; the changed sizes come before "done".
       {"protover x", features("0", "/a;/b", "my.bin") + sizes(16, 4) + "feature done=1\n"},
       {"protover 1", features("0", "/a;/b", "my.bin") + "feature done=1\n"},
@@ -176,44 +158,35 @@ TEST(ProtocolCommandsTest, XboardTranscript) {
   const std::string e4 = board({"rnbqkbnr", "pppppppp", "........", "........", "....P...", "........", "PPPP.PPP", "RNBQKBNR"});
   const std::string pawnAt = board({"k.......", "....P...", "........", "........", "........", "........", "........", "....K..."});
   std::vector<Row> rows = {
-      {"xboard", "\n"},
-      {"protover 2", features() + "feature done=1\n"},
+      {"xboard", "\n"}, {"protover 2", features() + "feature done=1\n"},
       {"ping 7", "pong 7\n"}, {"ping x", "pong 0\n"}, {"ping -3", "pong -3\n"}, {"ping 12abc", "pong 12\n"},
-      {"ping 0007", "pong 7\n"},
-      {"option ttHashSizeMB=16", setting("ttHashSizeMB=16")},
+      {"ping 0007", "pong 7\n"}, {"option ttHashSizeMB=16", setting("ttHashSizeMB=16")},
       {"option pawnHashSizeMB=8", setting("pawnHashSizeMB=8")},
-      {"protover 2", features() + sizes(16, 8) + "feature done=1\n"},
-      {"protover 2", features() + "feature done=1\n"},
+      {"protover 2", features() + sizes(16, 8) + "feature done=1\n"}, {"protover 2", features() + "feature done=1\n"},
       {"force", ""},
       {"usermove e2", "Error (illegal argument to 'usermove' command): e2\n" + commandError("usermove e2")},
       {"usermove e2e4qq", "Error (illegal argument to 'usermove' command): e2e4qq\n" + commandError("usermove e2e4qq")},
       {"usermove e2e5", illegalMove("e2e5")}, {"usermove e2e4e", illegalMove("e2e4e")},
       {"usermove i2i4", illegalMove("i2i4")}, {"usermove e7e5", illegalMove("e7e5")},
-      {"undo", commandError("undo")}, {"remove", commandError("remove")}, {"exit", commandError("exit")},
+      fails("undo"), fails("remove"), fails("exit"),
       // Files in either case; the text is shown as sent.
-      {"usermove E2E4", "# making user move: E2E4\n" + e4},
-      {"remove", commandError("remove")},
+      {"usermove E2E4", "# making user move: E2E4\n" + e4}, fails("remove"),
       {"usermove a7A6", "# making user move: a7A6\n" +
                             board({"rnbqkbnr", ".ppppppp", "p.......", "........", "....P...", "........", "PPPP.PPP", "RNBQKBNR"})},
       {"usermove H2h4", "# making user move: H2h4\n" +
                             board({"rnbqkbnr", ".ppppppp", "p.......", "........", "....P..P", "........", "PPPP.PP.", "RNBQKBNR"})},
-      {"remove", e4},
-      {"undo", startBoardDiagram()},
-      {"undo", commandError("undo")},
+      {"remove", e4}, {"undo", startBoard}, fails("undo"),
       // A promotion needs its letter; a set-up position can't be taken back.
       {"setboard k7/4P3/8/8/8/8/8/4K3 w - - 0 1", pawnAt},
       {"usermove e7e8", illegalMove("e7e8")}, {"usermove e7e8x", illegalMove("e7e8x")},
       {"usermove e7e8Q", "# making user move: e7e8Q\n" +
                              board({"k...Q...", "........", "........", "........", "........", "........", "........", "....K..."})},
-      {"undo", pawnAt},
-      {"undo", commandError("undo")},
+      {"undo", pawnAt}, fails("undo"),
       // A knight alone can't mate: the game ends with the move.
       {"usermove e7e8n", "# making user move: e7e8n\n" +
                              board({"k...N...", "........", "........", "........", "........", "........", "........", "....K..."}) +
                              "1/2-1/2 {Draw by insufficient material}\n"},
-      {"usermove a8a7", gameOver + commandError("usermove a8a7")},
-      {"new", sizes(16, 8) + startBoardDiagram()},
-      {"force", ""},
+      fails("usermove a8a7", gameOver), {"new", sizes(16, 8) + startBoard}, {"force", ""},
       {"usermove f2f3", "# making user move: f2f3\n" +
                             board({"rnbqkbnr", "pppppppp", "........", "........", "........", ".....P..", "PPPPP.PP", "RNBQKBNR"})},
       {"usermove e7e5", "# making user move: e7e5\n" +
@@ -224,13 +197,11 @@ TEST(ProtocolCommandsTest, XboardTranscript) {
       {"usermove d8h4", "# making user move: d8h4\n" +
                             board({"rnb.kbnr", "pppp.ppp", "........", "....p...", "......Pq", ".....P..", "PPPPP..P", "RNBQKBNR"}) +
                             "0-1 {Black wins by checkmate}\n"},
-      {"usermove a2a3", gameOver + commandError("usermove a2a3")},
-      {"go", gameOver + commandError("go")},
+      fails("usermove a2a3", gameOver), fails("go", gameOver),
       // A refused position is never played on.
       {"setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1",
        commandError("setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1") + cleared},
-      {"usermove e2e4", illegalMove("e2e4")},
-      {"go", ""},
+      {"usermove e2e4", illegalMove("e2e4")}, {"go", ""},
   };
   expectTranscript(rows);
 }
