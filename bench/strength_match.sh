@@ -29,16 +29,9 @@ case "$games" in '' | *[!0-9]*) usage ;; esac
 engine_a=$(readlink -f "$engine_a")
 engine_b=$(readlink -f "$engine_b")
 
-find_program() {
-  if command -v "$1" >/dev/null 2>&1; then command -v "$1"; elif [ -x "/usr/games/$1" ]; then echo "/usr/games/$1"; fi
-}
-xboard=$(find_program xboard)
-xvfb_run=$(find_program xvfb-run)
-xauth=$(find_program xauth)
-if [ -z "$xboard" ] || [ -z "$xvfb_run" ] || [ -z "$xauth" ]; then
-  echo "SKIP: needs xboard, xvfb-run and xauth (apt-get install -y xboard xvfb xauth)"
-  exit 77
-fi
+# shellcheck source=../tools/xboard_headless.sh
+. "$(dirname "$(readlink -f "$0")")/../tools/xboard_headless.sh"
+xboard_require
 
 work=${STRENGTH_MATCH_DIR:-$(mktemp -d "${TMPDIR:-/tmp}/strength-match.XXXXXX")}
 mkdir -p "$work/a" "$work/b"
@@ -127,29 +120,7 @@ for i in "${!lines[@]}"; do
   printf '[Event "Opening %d"]\n[Result "*"]\n\n%s*\n\n' "$((i + 1))" "$text" >>"$openings"
 done
 
-# Every process of the match carries STRENGTH_MATCH_RUN, so that whatever is
-# left at the end can be found and ended by id.
-match_pid=""
-own_processes() {
-  local dir pid
-  for dir in /proc/[0-9]*; do
-    pid=${dir#/proc/}
-    [ "$pid" = "$$" ] && continue
-    grep -qzxF "STRENGTH_MATCH_RUN=$work" "$dir/environ" 2>/dev/null && echo "$pid"
-  done
-}
-end_processes() {
-  [ -n "$match_pid" ] && kill -TERM -- "-$match_pid" 2>/dev/null
-  local pids
-  for _ in 1 2 3 4 5 6 7 8 9 10; do
-    pids=$(own_processes)
-    [ -z "$pids" ] && return
-    sleep 0.5
-  done
-  # shellcheck disable=SC2086
-  kill -KILL $pids 2>/dev/null
-}
-trap end_processes EXIT
+trap xboard_stop EXIT
 trap 'exit 1' INT TERM
 
 echo "Match: $games games, A = $engine_a, B = $engine_b, -tc $tc_base -inc $tc_inc, PGN in $pgn"
@@ -157,19 +128,12 @@ echo "Match: $games games, A = $engine_a, B = $engine_b, -tc $tc_base -inc $tc_i
 # xboard alternates colours game by game, and -lgi -2 moves on to the next
 # opening every second game. Games that drag on past 200 moves are drawn;
 # claims are checked so that a wrong claim loses.
-STRENGTH_MATCH_RUN=$work HOME=$work setsid "$xvfb_run" -a -s "-screen 0 1024x768x24" \
-  "$xboard" -noGUI -xexit -saveSettingsOnExit false \
-  -fcp "$engine_a" -fd "$work/a" -fn A \
-  -scp "$engine_b" -sd "$work/b" -sn B \
-  -mg "$games" -tc "$tc_base" -inc "$tc_inc" -xponder -smpCores 1 -defaultHashSize 64 \
-  -lgf "$openings" -lgi -2 \
-  -autoCallFlag true -testClaims true -checkMates true -materialDraws true \
-  -repeatsToDraw 3 -ruleMoves 50 -adjudicateDrawMoves 200 -matchPause 500 \
-  -sgf "$pgn" -debug -nameOfDebugFile "$work/xboard-debug.log" -soundProgram true \
-  >"$work/xboard-output.txt" 2>&1 </dev/null &
-match_pid=$!
-wait "$match_pid"
-match_pid=""
+xboard_start "$work" -fcp "$engine_a" -fd "$work/a" -fn A -scp "$engine_b" -sd "$work/b" -sn B \
+  -mg "$games" -tc "$tc_base" -inc "$tc_inc" -xponder -smpCores 1 -defaultHashSize 64 -lgf "$openings" -lgi -2 \
+  -autoCallFlag true -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
+  -adjudicateDrawMoves 200 -matchPause 500 -sgf "$pgn" -debug -nameOfDebugFile "$work/xboard-debug.log" -soundProgram true
+wait "$xboard_pid"
+xboard_stop
 
 # Score of A from the result tags: 1 for a win, 0.5 for a draw.
 summary=$(awk '

@@ -1,75 +1,75 @@
 #include "fuzz/command_generator.h"
 
-#include <algorithm>
 #include <cctype>
 
 #include "board/fen_writer.h"
-#include "fuzz/game_tracker.h"
+#include "board/move_generation.h"
+#include "board/move_text.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-// Positions that reach the rules at the edges: game ends, promotions, en
-// passant, the fifty-move count, tablebase endings, and boards that the
-// reader refuses or repairs.
-const Lines specialFens = {
-    "4k3/8/8/8/8/8/8/4K3 w - - 0 1",
-    "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1",
-    "6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1",
-    "R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1",
-    "8/P7/8/8/8/8/8/k6K w - - 0 1",
-    "8/8/8/8/8/8/p7/K6k b - - 0 1",
-    "rnbqkbnr/ppp1pppp/8/3pP3/8/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 3",
-    "4k3/8/8/8/8/8/8/4K2R w K - 99 80",
-    "4k3/8/8/8/8/8/8/4K2R w K - 100 80",
-    "8/8/8/4k3/8/8/3QK3/8 w - - 0 1",
-    "8/8/8/4k3/8/8/3PK3/8 w - - 0 1",
-    "8/8/8/3rk3/8/8/3QK3/8 w - - 0 1",
-    "8/8/4k3/8/8/8/2B1K3/3N4 w - - 0 1",
-    "k7/8/8/8/8/8/8/K7 w - - 0 1",
-    "8/8/8/8/8/8/8/8 w - - 0 1",
-    "kk6/8/8/8/8/8/8/KK6 w - - 0 1",
-    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1",
-    "4k3/8/8/8/8/8/8/R3K2R w KQkq - 0 1",
-    "4k3/4Q3/8/8/8/8/8/4K3 w - - 0 1",
-    "P3k3/8/8/8/8/8/8/4K3 w - - 0 1",
-    "4k3/pppppppp/pppppppp/8/8/PPPPPPPP/PPPPPPPP/4K3 w - - 0 1",
-    "qqqqqqqq/qqqqqqqq/8/3k4/8/8/QQQQQQQQ/QQQQQQQQ w - - 0 1",
-    "3k4/8/8/8/8/8/8/3K4 w - e3 0 1",
-    "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1",
-    "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-    "k7/2Q5/1K6/8/8/8/8/8 b - - 0 1",
-    "1k6/8/1K6/8/8/8/8/7R w - - 0 1",
+// Lines by weight. {a|b} is one of the alternatives, {3..9} a number in the
+// range (C: the most cores), {move} a legal move, {odd} a broken or illegal
+// one, {num} a boundary number, {fen} a position, {level} a short time
+// control, {noise} junk. %G stands for the tables' folder, %D for tests/data.
+// A leading "!" marks a line that may lift the bounds of a search: a depth
+// limit is glued behind it. Starters may leave a search running.
+const std::vector<std::pair<int, std::string>> commands = {
+    {16, "usermove {move}"}, {5, "usermove {odd}"}, {1, "{usermove|usermove  e2e4|usermove e2e4 e7e5}"},
+    {6, "{go|go|go|go 1}"}, {3, "playother"}, {3, "force"}, {5, "!new"}, {3, "analyze"}, {3, "!exit"},
+    {2, "{auto|auto|auto 1|auto x y}"}, {4, "undo"}, {3, "remove"}, {9, "setboard {fen}"},
+    {1, "{setboard 8/8/8/8/8/8/8/K1k5 w|setboard a b c d e f g|setboard    |setboard  8/8/8/8/8/8/8/K1k5 w - - 0 1}"},
+    {2, "{level}"}, {2, "!level {-1|1|4294967295|99999999999|x||40|0} {999999|-1|1:-30|0:99999999|1:30:15||:|::|a:b|5:|:5|60|2:30} "
+                    "{-1|1.5|99999999|x||0|3|4294967295}"},
+    {2, "sd {1..5}"}, {1, "!sd {0|-1|x|999|99999999999||-5|2147483648}"},
+    {2, "time {-200..500}"}, {1, "!time {99999999|2147483647|4294967295|99999999999|x||-2147483648|1e9}"},
+    {3, "ping {num}"}, {2, "{post|nopost}"}, {2, "{eval|eval|eval|eval x}"},
+    {2, "{perft|divide} {1..2}"}, {1, "{perft|divide} {3|0|-1|x||1 2|-2147483648}"},
+    {2, "cores {1..C}"}, {1, "cores {0|-1|x|999|4294967297||2.5|+2|1 2}"},
+    {2, "option {ttHashSizeMB|pawnHashSizeMB|gtbCacheSizeMB}={0..16}"},
+    {1, "option {ttHashSizeMB|pawnHashSizeMB|gtbCacheSizeMB|foo||TTHASHSIZEMB}{|=|=-1|=1048577|=abc|=16x|=1=1|=a b|=99999999999999999999}"},
+    {1, "option gtbPath={%G/gtb4|%G/gtb1|/nonexistent||.|%G/gtb4;/nonexistent|" + std::string(300, 'p') + "}"},
+    {1, "option bookFilePath={%D/performance.bin|/nonexistent.bin|%D/perft-suite.epd||.|book.bin}"},
+    {2, "egtpath gaviota %G/gtb{1..4}"}, {1, "{egtpath gaviota /nonexistent|egtpath syzygy /tmp|egtpath gaviota|egtpath gaviota .}"},
+    {1, "{protover 2|protover|protover 2 3|protover x}"}, {2, "{book|nobook}"}, {1, "xboard"}, {2, "{randgame|norandgame}"},
+    {1, "!randgames {1|1|2|0|-1|x|}"},
+    {1, "!{randpos|randpos 1|randpos 3|randpos 2 out.fen|randpos 0|randpos -5|randpos x|randpos 2 /nonexistent/dir/f|randpos 1 2 3}"},
+    {1, "!{test|test fens.txt|test /nonexistent|test .|test a b}"}, {1, "{tune x|tune x y|tune|tune a b c|selftest x}"},
+    {4, "!{noise}"}, {1, "{quit|quit   }"},
 };
+// Lines without the stop flag: they run while the search goes on, which may end in the middle of them.
+const Lines concurrent = {"ping {num}", "time {-100..400}", "{level}", "eval", "{post|nopost}", "{| |\r|hard|otim 100|st 1}",
+                          "auto", "cores {1..C}", "option {ttHashSizeMB=2|pawnHashSizeMB=1|gtbCacheSizeMB=1|bookFilePath=%D/performance.bin}",
+                          "{book|nobook|randgame|norandgame}", "{protover 2|tune x|egtpath gaviota %G/gtb4}", "{randgames 1|ping 5}"};
+const Lines starters = {"go", "playother", "auto", "analyze", "usermove "};
 
-const Lines boundaryNumbers = {"0", "-1", "1", "2147483647", "2147483648", "-2147483648", "-2147483649",
-                               "4294967295", "4294967296", "99999999999999999999", "x", "", "12abc", "+3",
-                               "0x10", "1.5", " ", "-0"};
-
-const Lines unknownLines = {"QUIT", "Quit", "hard", "easy", "?", "draw", "computer", "white", "black", "random",
-                            "name Fuzzer", "rating 2000 1800", "accepted setboard", "rejected usermove",
-                            "result 1-0 {White mates}", "result *", "e2e4", "memory 64", "st 1", "st 0",
-                            "otim 1000", "otim -5", "otim x", "bk", "hint", "pause", "resume", "variant normal",
-                            "NEW", "Go", "ics -", "setboard", "usermove", "perft", "cores"};
+// Positions at the edges of the rules: game ends, promotions, en passant, the
+// fifty-move count, tablebase endings, and boards that the reader refuses.
+const Lines specialFens = {
+    "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1", "8/P7/8/8/8/8/8/k6K w - - 0 1",
+    "8/8/8/8/8/8/p7/K6k b - - 0 1", "rnbqkbnr/ppp1pppp/8/3pP3/8/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 3",
+    "4k3/8/8/8/8/8/8/4K2R w K - 99 80", "4k3/8/8/8/8/8/8/4K2R w K - 100 80", "8/8/8/4k3/8/8/3QK3/8 w - - 0 1",
+    "8/8/8/4k3/8/8/3PK3/8 w - - 0 1", "8/8/8/3rk3/8/8/3QK3/8 w - - 0 1", "8/8/8/8/8/8/8/8 w - - 0 1",
+    "kk6/8/8/8/8/8/8/KK6 w - - 0 1", "4k3/4Q3/8/8/8/8/8/4K3 w - - 0 1", "P3k3/8/8/8/8/8/8/4K3 w - - 0 1",
+    "qqqqqqqq/qqqqqqqq/8/3k4/8/8/QQQQQQQQ/QQQQQQQQ w - - 0 1", "3k4/8/8/8/8/8/8/3K4 w - e3 0 1",
+    "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", "1k6/8/1K6/8/8/8/8/7R w - - 0 1", "pppppppp/8/8/3k4/8/8/8/K6N b - - 0 1",
+    "R3k3/8/4K3/8/8/8/8/8 b - - 0 1"};
+const Lines boundaryNumbers = {"0", "-1", "1", "2147483647", "2147483648", "-2147483649", "4294967296",
+                               "99999999999999999999", "x", "", "12abc", "+3", "0x10", "1.5", " ", "-0"};
+const Lines unknownLines = {"QUIT", "hard", "?", "draw", "computer", "name Fuzzer", "result 1-0 {White mates}", "e2e4",
+                            "st 1", "otim -5", "NEW", "Go", "setboard", "usermove", "perft", "cores"};
 
 }  // namespace
 
-CommandGenerator::CommandGenerator(uint64_t seed, const GeneratorSettings& settings)
-    : random_(seed), settings_(settings) {}
-
 void CommandGenerator::begin(FuzzSequence& sequence) {
   length_ = random_.chance(0.15) ? random_.range(1, 8) : random_.range(8, 70);
-  sent_ = 0;
-  group_ = 0;
+  sent_ = group_ = burst_ = 0;
   finished_ = false;
-  int cores = random_.range(1, settings_.maxCores);
-  if (random_.chance(0.85)) {
-    sequence.engineArgs = {"-cores", std::to_string(cores)};
-  } else {
-    const std::vector<Lines> odd = {{}, {"-cores"}, {"-cores", "0"}, {"-foo", "-cores", "2"}, {"-cores", "x"}};
-    sequence.engineArgs = random_.pick(odd);
-  }
+  const int cores = random_.range(1, settings_.maxCores);
+  sequence.engineArgs = random_.chance(0.85) ? Lines{"-cores", std::to_string(cores)}
+                                             : random_.pick(std::vector<Lines>{{}, {"-cores"}, {"-cores", "0"}, {"-foo", "-cores", "2"}});
   // Small tables: each new game clears them, and the sanitizers make that slow.
   sequence.iniLines = {"ttHashSizeMB = " + std::to_string(1 << random_.below(4)), "pawnHashSizeMB = 1"};
   if (random_.chance(0.1)) sequence.iniLines.push_back("numberOfCores = " + std::to_string(cores));
@@ -79,500 +79,158 @@ std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
   std::vector<FuzzStep> steps;
   if (finished_) return steps;
   const int group = group_++;
-  auto add = [&](FuzzStep step) {
-    step.group = group;
+  auto add = [&](FuzzStep::Kind kind, const std::string& text = "", int ms = 0, bool newline = true, bool glue = false) {
+    FuzzStep step;
+    step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.glue = glue, step.group = group;
     steps.push_back(step);
   };
-  auto sleep = [&](int ms) {
-    if (ms <= 0) return;
-    FuzzStep step;
-    step.kind = FuzzStep::Sleep;
-    step.milliseconds = ms;
-    add(step);
-  };
-  auto send = [&](const std::string& text, bool newline = true, bool glue = false) {
-    FuzzStep step;
-    step.text = text;
-    step.newline = newline;
-    step.glue = glue;
-    add(step);
-  };
-
-  if (sent_ == 0) {
-    // Short searches from the first move on; shrinking may drop this like any group.
-    for (const std::string& line : fastControl()) send(line, true, true);
-    ++sent_;
+  const std::string bound = "sd " + std::to_string(random_.range(1, 4));
+  if (sent_++ == 0) {
+    // Short searches from the first move on.
+    add(FuzzStep::Send, random_.chance(0.6) ? bound : expand("{level}", board), 0, true, true);
     return steps;
   }
-  if (sent_ >= length_) {
-    // End of input: now and then in the middle of a line or right behind a search start.
-    uint32_t how = random_.below(10);
-    if (how == 0) {
-      // Only a line that needs nothing glued behind it to keep searches short.
-      Lines lines = command(board);
-      std::string line = lines.size() == 1 ? lines[0] : "ping 1";
-      send(line.substr(0, random_.below(uint32_t(line.size()) + 1)), false);
-    } else if (how == 1) {
-      send(random_.chance(0.5) ? "go" : "analyze");
-    } else if (how == 2) {
-      send("quit");
-    }
-    FuzzStep close;
-    close.kind = FuzzStep::Close;
-    add(close);
+  if (sent_ > length_) {
+    // End of input, now and then in the middle of a line or right behind a search start.
+    const uint32_t how = random_.below(10);
+    const std::string line = expand(random_.pick(Lines{"ping {num}", "usermove {move}", "setboard {fen}", "go"}), board);
+    if (how == 0) add(FuzzStep::Send, line.substr(0, random_.below(uint32_t(line.size()) + 1)), 0, false);
+    if (how == 1 || how == 2) add(FuzzStep::Send, how == 1 ? random_.pick(Lines{"go", "analyze"}) : "quit");
+    add(FuzzStep::Close);
     finished_ = true;
     return steps;
   }
-
-  // Pauses of 0 to 50 ms, so that stops land at every moment of a search;
-  // now and then a longer one, so that searches also end with a move.
-  uint32_t pause = random_.below(100);
-  sleep(pause < 35   ? 0
-        : pause < 65 ? random_.range(1, 5)
-        : pause < 83 ? random_.range(6, 20)
-        : pause < 93 ? random_.range(21, 50)
-                     : random_.range(51, 300));
-  Lines lines = command(board);
-  // Not the lines that keep searches short: a decorated one might not count.
-  const bool bounding = lines[0].rfind("sd", 0) == 0 || lines[0].rfind("level", 0) == 0 || lines[0].rfind("time", 0) == 0;
-  if (!bounding && random_.chance(0.06)) lines[0] = decorate(lines[0]);
-  for (size_t i = 0; i < lines.size(); ++i) send(lines[i], true, i > 0);
-  ++sent_;
-  if (!lines.empty() && lines[0].rfind("quit", 0) == 0 && lines[0].find_first_not_of(' ', 4) == std::string::npos) {
-    // Nothing reads after quit; a line or two more go into a closed pipe.
-    if (random_.chance(0.5)) send("ping 1");
-    FuzzStep close;
-    close.kind = FuzzStep::Close;
-    add(close);
+  // Pauses so that stops land at every moment of a search; now and then a
+  // longer one, so that searches also end with a move.
+  const uint32_t pause = random_.below(100);
+  const int ms = pause < 35 ? 0 : pause < 65 ? random_.range(1, 5) : pause < 83 ? random_.range(6, 20)
+                                : pause < 93 ? random_.range(21, 50) : random_.range(51, 300);
+  if (ms) add(FuzzStep::Sleep, "", ms);
+  std::string pattern;
+  if (burst_ > 0 && burst_--) {
+    pattern = random_.pick(concurrent);
+  } else {
+    int total = 0, roll = 0;
+    for (const auto& c : commands) total += c.first;
+    roll = random_.range(0, total - 1);
+    for (const auto& c : commands)
+      if ((roll -= c.first) < 0 && pattern.empty()) pattern = c.second;
+  }
+  const bool unbounds = pattern[0] == '!';
+  std::string line = expand(unbounds ? pattern.substr(1) : pattern, board);
+  if (!unbounds && random_.chance(0.06) && line.rfind("level", 0) != 0 && line.rfind("sd", 0) != 0) {
+    // The same command dressed up: it may count, or not.
+    const uint32_t how = random_.below(6);
+    if (how == 0) line += std::string(size_t(random_.range(1, 4)), ' ');
+    if (how == 1) line += random_.pick(Lines{"\r", "\t", " extra"});
+    if (how == 2) line = " " + line;
+    if (how == 3) for (char& c : line) c = char(std::toupper(static_cast<unsigned char>(c)));
+    if (how == 4 && line.find(' ') != std::string::npos) line.insert(line.find(' '), " ");
+  }
+  add(FuzzStep::Send, line);
+  if (unbounds) add(FuzzStep::Send, bound, 0, true, true);
+  for (const std::string& starter : starters)
+    if (line.rfind(starter, 0) == 0 && random_.chance(0.5)) burst_ = random_.range(2, 10);
+  if (line == "quit" || line == "quit   ") {
+    // Nothing reads after quit; a line more goes into a closed pipe.
+    if (random_.chance(0.5)) add(FuzzStep::Send, "ping 1");
+    add(FuzzStep::Close);
     finished_ = true;
   }
   return steps;
 }
 
-// A time control that keeps searches to a few seconds, or a small depth.
-std::vector<std::string> CommandGenerator::fastControl() {
-  Lines lines;
-  uint32_t kind = random_.below(20);
-  if (kind < 10 || kind >= 17) lines.push_back("sd " + std::to_string(random_.range(1, 4)));
-  if (kind >= 10) lines.push_back(saneLevel());
-  return lines;
-}
-
-// After a command that may lift the bounds: a depth limit, always, so that
-// the group stays bounded whatever shrinking removes around it.
-void CommandGenerator::afterBound(Lines& lines) { lines.push_back("sd " + std::to_string(random_.range(1, 4))); }
-
-// A time control of three seconds a session at most.
-std::string CommandGenerator::saneLevel() {
-  const Lines moves = {"0", "20", "40", "60"};
-  const Lines times = {"0:01", "0:02", "0:03", "0", "0:00", "0:1"};
-  std::string m = random_.pick(moves);
-  std::string increment = m == "0" && random_.chance(0.3) ? "1" : "0";
-  return "level " + m + " " + random_.pick(times) + " " + increment;
-}
-
-// Boundary and broken arguments: maybe a very long search, maybe a refusal.
-std::string CommandGenerator::wildLevel() {
-  const Lines moves = {"-1", "1", "4294967295", "2147483648", "99999999999", "x", "", "40", "0", "5"};
-  const Lines times = {"999999", "-1", "1:-30", "0:99999999", "1:30:15", "", ":", "::", "a:b", "5:", ":5",
-                       "1", "60", "-0:01", "35791395", "0:4294967295", "2:30"};
-  const Lines increments = {"-1", "1.5", "99999999", "x", "", "0", "3", "4294967295"};
-  return "level " + random_.pick(moves) + " " + random_.pick(times) + " " + random_.pick(increments);
-}
-
-std::string CommandGenerator::number() {
-  if (random_.chance(0.5)) return std::to_string(random_.range(-3, 200));
-  return random_.pick(boundaryNumbers);
-}
-
-std::string CommandGenerator::noise() {
-  uint32_t kind = random_.below(10);
-  if (kind < 5) return random_.pick(unknownLines);
-  if (kind < 8) {
-    const Lines blanks = {"", " ", "   ", "\r", " \r", "\t", "\r\r"};
-    return random_.pick(blanks);
+std::string CommandGenerator::expand(const std::string& pattern, const Board_0x88* board) {
+  std::string out;
+  for (size_t at = 0; at < pattern.size();) {
+    const size_t open = pattern.find('{', at), close = pattern.find('}', open);
+    if (open == std::string::npos || close == std::string::npos) {
+      out += pattern.substr(at);
+      break;
+    }
+    out += pattern.substr(at, open - at) + token(pattern.substr(open + 1, close - open - 1), board);
+    at = close + 1;
   }
-  if (kind == 8) {
-    // Bytes that no command uses, NUL included.
-    std::string text;
-    int length = random_.range(1, 40);
-    for (int i = 0; i < length; ++i) {
-      char c = char(random_.below(256));
-      if (c != '\n') text += c;
-    }
-    return text;
-  }
-  // Lines around the engine's 1023-byte read: the rest arrives as a line of its own.
-  const std::string words[] = {"ping ", "setboard ", "usermove ", "eval", "option gtbPath=", ""};
-  std::string text = words[random_.below(6)];
-  int length = random_.chance(0.5) ? random_.range(1020, 1026) : random_.range(1027, 2100);
-  char fill = "1 x/"[random_.below(4)];
-  while (int(text.size()) < length) text += fill;
-  if (random_.chance(0.3)) {
-    // A command right where the second read begins.
-    text.resize(1023, ' ');
-    const Lines tails = {"quit", "new", "go", "ping 9", "undo", "eval"};
-    text += random_.pick(tails);
-  }
-  return text;
+  for (const auto& [mark, value] : {std::pair{"%G", settings_.gaviotaDir}, std::pair{"%D", settings_.dataDir}})
+    for (size_t at; (at = out.find(mark)) != std::string::npos;) out.replace(at, 2, value);
+  return out;
 }
 
-std::string CommandGenerator::decorate(const std::string& line) {
-  switch (random_.below(7)) {
-    case 0: return line + std::string(size_t(random_.range(1, 4)), ' ');
-    case 1: return line + "\r";
-    case 2: return line + "\t";
-    case 3: return " " + line;
-    case 4: {
-      std::string upper = line;
-      for (char& c : upper) c = char(std::toupper(static_cast<unsigned char>(c)));
-      return upper;
+std::string CommandGenerator::token(const std::string& name, const Board_0x88* board) {
+  if (name.find('|') != std::string::npos) {
+    Lines alternatives;
+    for (size_t start = 0, bar;; start = bar + 1) {
+      bar = name.find('|', start);
+      alternatives.push_back(name.substr(start, bar - start));
+      if (bar == std::string::npos) break;
     }
-    case 5: return line + " extra";
-    default: {
-      std::string doubled = line;
-      size_t blank = doubled.find(' ');
-      if (blank != std::string::npos) doubled.insert(blank, " ");
-      return doubled;
-    }
+    return random_.pick(alternatives);
   }
+  if (const size_t dots = name.find(".."); dots != std::string::npos) {
+    const std::string high = name.substr(dots + 2);
+    return std::to_string(random_.range(std::stoi(name.substr(0, dots)), high == "C" ? settings_.maxCores : std::stoi(high)));
+  }
+  if (name == "num") return random_.chance(0.5) ? std::to_string(random_.range(-3, 200)) : random_.pick(boundaryNumbers);
+  if (name == "fen") return fen(board);
+  if (name == "noise") return noise();
+  if (name == "level")  // three seconds a session at most
+    return expand("level {0|20|40|60} {0:01|0:02|0:03|0|0:00|0:1} {0|0|0|1}", board);
+  Lines moves;
+  if (board) {
+    Board_0x88 copy = *board;
+    MoveList list;
+    bool inCheck = false;
+    generateLegalMoves(copy, list, inCheck);
+    for (uint32_t i = 0; i < list.count; ++i) moves.push_back(moveToString(list.moves[i].move));
+  }
+  if (name == "move" && !moves.empty()) {
+    std::string move = random_.pick(moves);
+    if (random_.chance(0.1)) for (char& c : move) c = char(std::toupper(static_cast<unsigned char>(c)));
+    return move;
+  }
+  // A legal move with a promotion letter added, dropped or wrong, or moves of every broken shape.
+  std::string move = moves.empty() ? "e7e8" : random_.pick(moves);
+  if (random_.chance(0.3)) return move.substr(0, 4) + (move.size() == 5 ? "" : std::string(1, "qQxk"[random_.below(4)]));
+  return expand(random_.pick(Lines{"{a|b|e|h|i|A}{0|1|2|7|8|9}{a|e|h|z}{1|2|8|9}", "{e2e4e|e2|e2e4qq|0000|@@@@|e1g1|e1c1|e8g8}",
+                                   "{e1h1|a1a1|e7e8|e7e8q|e2e5|e2-e4|O-O|Nf3| e2e4||abcdefghijkl|h7h8N|g2g1q}"}), board);
 }
 
-std::string CommandGenerator::userMove(const Board_0x88* board) {
-  if (!board) return oddUserMove(board);
-  Board_0x88 copy = *board;
-  Lines moves = legalMoveTexts(copy);
-  if (moves.empty()) return oddUserMove(board);
-  std::string text = random_.pick(moves);
-  if (random_.chance(0.1)) {
-    for (char& c : text) c = char(std::toupper(static_cast<unsigned char>(c)));
-  }
-  return text;
-}
-
-std::string CommandGenerator::oddUserMove(const Board_0x88* board) {
-  auto square = [&](const char* files, const char* ranks) {
-    std::string s;
-    s += files[random_.below(uint32_t(std::char_traits<char>::length(files)))];
-    s += ranks[random_.below(uint32_t(std::char_traits<char>::length(ranks)))];
-    return s;
-  };
-  switch (random_.below(8)) {
-    case 0: return square("abcdefgh", "12345678") + square("abcdefgh", "12345678");
-    case 1: return square("abcdefghiA", "0123456789") + square("abcdefghiz", "1289");
-    case 2: {
-      // A legal move with a promotion letter, a missing one, or a wrong one.
-      std::string text = userMove(board);
-      if (text.size() == 5) return text.substr(0, 4) + std::string(1, "qrbnQRBNxkp "[random_.below(12)]);
-      return text + std::string(1, "qQxk"[random_.below(4)]);
-    }
-    case 3: {
-      std::string text = userMove(board);
-      return text.size() == 5 ? text.substr(0, 4) : text;
-    }
-    default: {
-      const Lines shapes = {"e2e4e", "e2", "e2e4qq", "0000", "@@@@", "e1g1", "e1c1", "e8g8", "e8c8", "e1h1",
-                            "a1a1", "e7e8", "e7e8q", "e2e5", "e2-e4", "O-O", "Nf3", "e2e4 e7e5", " e2e4",
-                            "", "abcdefghijkl", "h7h8N", "g2g1q"};
-      return random_.pick(shapes);
-    }
-  }
-}
-
-std::string CommandGenerator::randomFen() {
-  std::string placement;
-  const char pieces[] = "pnbrqPNBRQ";
-  bool whiteKing = random_.chance(0.9), blackKing = random_.chance(0.9);
-  int kingSquares[2] = {random_.range(0, 63), random_.range(0, 63)};
-  for (int rank = 7; rank >= 0; --rank) {
-    int empty = 0;
-    for (int file = 0; file < 8; ++file) {
-      int sq = rank * 8 + file;
-      char c = 0;
-      if (whiteKing && sq == kingSquares[0]) c = 'K';
-      else if (blackKing && sq == kingSquares[1]) c = 'k';
-      else if (random_.chance(0.15)) c = pieces[random_.below(10)];
-      if (!c) {
-        ++empty;
-        continue;
-      }
-      if (empty) placement += char('0' + empty);
-      empty = 0;
-      placement += c;
-    }
-    if (empty) placement += char('0' + empty);
-    if (rank) placement += '/';
-  }
-  const Lines castling = {"-", "-", "K", "Qk", "KQkq", "kq"};
-  std::string ep = "-";
-  if (random_.chance(0.2)) ep = std::string(1, char('a' + random_.below(8))) + (random_.chance(0.5) ? "3" : "6");
-  return placement + (random_.chance(0.5) ? " w " : " b ") + random_.pick(castling) + " " + ep + " " +
-         std::to_string(random_.range(0, 120)) + " " + std::to_string(random_.range(1, 200));
-}
-
-std::string CommandGenerator::mutateFen(std::string fen) {
-  const std::string alphabet = "pnbrqkPNBRQK12345678/ wb-KQkqabcdefgh09x";
-  int count = random_.range(1, 3);
-  for (int n = 0; n < count; ++n) {
-    std::vector<std::string> fields;
-    for (size_t start = 0;;) {
-      size_t blank = fen.find(' ', start);
-      fields.push_back(fen.substr(start, blank - start));
-      if (blank == std::string::npos) break;
-      start = blank + 1;
-    }
-    auto join = [&] {
-      std::string text;
-      for (size_t i = 0; i < fields.size(); ++i) text += (i ? " " : "") + fields[i];
-      return text;
-    };
-    uint32_t kind = random_.below(10);
-    if (fen.empty()) kind = 2;
-    size_t at = fen.empty() ? 0 : random_.below(uint32_t(fen.size()));
-    switch (kind) {
-      case 0: fen[at] = alphabet[random_.below(uint32_t(alphabet.size()))]; break;
-      case 1: fen.erase(at, 1); break;
-      case 2: fen.insert(at, 1, alphabet[random_.below(uint32_t(alphabet.size()))]); break;
-      case 3: {
-        // Ranks: one doubled, dropped, or replaced.
-        std::vector<std::string> ranks;
-        for (size_t start = 0;;) {
-          size_t slash = fields[0].find('/', start);
-          ranks.push_back(fields[0].substr(start, slash - start));
-          if (slash == std::string::npos) break;
-          start = slash + 1;
-        }
-        size_t r = random_.below(uint32_t(ranks.size()));
-        const Lines odd = {"9", "44", "ppppppppp", "", "8", "K7", "k7", "PPPPPPPP", "71", "0", "35"};
-        uint32_t how = random_.below(3);
-        if (how == 0) ranks.insert(ranks.begin() + long(r), ranks[r]);
-        else if (how == 1 && ranks.size() > 1) ranks.erase(ranks.begin() + long(r));
-        else ranks[r] = random_.pick(odd);
-        fields[0].clear();
-        for (size_t i = 0; i < ranks.size(); ++i) fields[0] += (i ? "/" : "") + ranks[i];
-        fen = join();
-        break;
-      }
-      case 4: {
-        uint32_t how = random_.below(4);
-        size_t f = random_.below(uint32_t(fields.size()));
-        if (how == 0 && fields.size() > 1) fields.erase(fields.begin() + long(f));
-        else if (how == 1) fields.insert(fields.begin() + long(f), fields[f]);
-        else if (how == 2) fields.push_back(random_.pick(boundaryNumbers));
-        else std::swap(fields[f], fields[random_.below(uint32_t(fields.size()))]);
-        fen = join();
-        break;
-      }
-      case 5:
-        if (fields.size() > 1) fields[1] = random_.pick(Lines{"w", "b", "x", "W", "B", "-", "wb"});
-        fen = join();
-        break;
-      case 6:
-        if (fields.size() > 2) fields[2] = random_.pick(Lines{"-", "KQkq", "KKKK", "abc", "HAha", "Kq", "qkQK", ""});
-        fen = join();
-        break;
-      case 7:
-        if (fields.size() > 3) {
-          std::string ep = std::string(1, char('a' + random_.below(9))) + char('0' + random_.below(10));
-          fields[3] = random_.chance(0.7) ? ep : random_.pick(Lines{"-", "e", "e9", "z3", "--"});
-        }
-        fen = join();
-        break;
-      case 8:
-        if (fields.size() > 4) fields[4 + random_.below(uint32_t(fields.size() > 5 ? 2 : 1))] =
-            random_.pick(Lines{"0", "-1", "99", "100", "101", "255", "256", "65535", "4294967295", "4294967296",
-                               "99999999999999999999", "x", "1.5"});
-        fen = join();
-        break;
-      default:
-        fields[0] = randomFen().substr(0, randomFen().find(' '));
-        fen = join();
-        break;
-    }
+std::string CommandGenerator::fen(const Board_0x88* board) {
+  const uint32_t kind = random_.below(20);
+  std::string fen = kind < 8 && !settings_.seedFens.empty() ? random_.pick(settings_.seedFens)
+                    : kind < 16 || !board                    ? random_.pick(specialFens)
+                                                             : positionToFen(*board);
+  // Edits at random: a character changed, dropped or added, or a field more.
+  for (int n = random_.chance(0.4) ? random_.range(1, 3) : 0; n > 0; --n) {
+    const size_t at = random_.below(uint32_t(fen.size()) + 1);
+    const char c = "pnbrqkPNBRQK12345678/ wb-KQkqabcdefgh09x"[random_.below(40)];
+    const uint32_t how = random_.below(4);
+    if (how == 0 && at < fen.size()) fen[at] = c;
+    if (how == 1 && at < fen.size()) fen.erase(at, 1);
+    if (how == 2) fen.insert(at, 1, c);
+    if (how == 3) fen += " " + random_.pick(boundaryNumbers);
   }
   return fen;
 }
 
-std::string CommandGenerator::fen(const Board_0x88* board) {
-  uint32_t kind = random_.below(20);
-  std::string base;
-  if (kind < 6 && !settings_.seedFens.empty()) base = random_.pick(settings_.seedFens);
-  else if (kind < 11) base = random_.pick(specialFens);
-  else if (kind < 14 && board) base = positionToFen(*board);
-  else base = randomFen();
-  if (random_.chance(0.35)) base = mutateFen(base);
-  return base;
-}
-
-// Commands without the stop flag: they run while the search goes on, and
-// the search may end and play its move in the middle of them.
-std::vector<std::string> CommandGenerator::concurrentCommand() {
-  Lines lines;
-  switch (random_.below(16)) {
-    case 0: case 1: lines.push_back("ping " + number()); break;
-    case 2: lines.push_back("time " + std::to_string(random_.range(-100, 400))); break;
-    case 3: lines.push_back(saneLevel()); break;
-    case 4: lines.push_back("eval"); break;
-    case 5: lines.push_back(random_.chance(0.5) ? "post" : "nopost"); break;
-    case 6: case 7: case 8: lines.push_back(random_.pick(Lines{"", " ", "\r", "hard", "otim 100", "st 1"})); break;
-    case 9: lines.push_back("auto"); break;
-    case 10: lines.push_back("cores " + std::to_string(random_.range(1, settings_.maxCores))); break;
-    case 11: lines.push_back(random_.pick(Lines{"option ttHashSizeMB=2", "option pawnHashSizeMB=1", "option gtbCacheSizeMB=1",
-                                                "option bookFilePath=" + settings_.dataDir + "/performance.bin"})); break;
-    case 12: lines.push_back(random_.pick(Lines{"book", "nobook", "randgame", "norandgame"})); break;
-    case 13: lines.push_back(random_.pick(Lines{"protover 2", "tune x", "egtpath gaviota " + settings_.gaviotaDir + "/gtb4"})); break;
-    case 14: lines.push_back(random_.chance(0.2) ? "randgames 1" : "ping 5"); break;
-    default: lines.push_back("time " + std::to_string(random_.range(0, 100))); break;
+std::string CommandGenerator::noise() {
+  const uint32_t kind = random_.below(10);
+  if (kind < 5) return random_.pick(unknownLines);
+  if (kind < 8) return random_.pick(Lines{"", " ", "   ", "\r", " \r", "\t", "\r\r"});
+  std::string text;
+  if (kind == 8) {
+    // Bytes that no command uses, NUL included.
+    for (int i = random_.range(1, 40); i > 0; --i)
+      if (char c = char(random_.below(256)); c != '\n') text += c;
+    return text;
   }
-  return lines;
-}
-
-std::vector<std::string> CommandGenerator::command(const Board_0x88* board) {
-  if (burst_ > 0) {
-    --burst_;
-    return concurrentCommand();
+  // Lines around the engine's 1023-byte read: the rest arrives as a line of its own.
+  text = random_.pick(Lines{"ping ", "setboard ", "usermove ", "eval", "option gtbPath=", ""});
+  text.resize(size_t(random_.chance(0.5) ? random_.range(1020, 1026) : random_.range(1027, 2100)), "1 x/"[random_.below(4)]);
+  if (random_.chance(0.3)) {
+    // A command right where the second read begins.
+    text.resize(1023, ' ');
+    text += random_.pick(Lines{"quit", "new", "go", "ping 9", "undo", "eval"});
   }
-  // Weights of the cases below, in their order.
-  static const int weights[] = {16, 5, 6, 3, 3, 4, 3, 3, 2, 4, 3, 9, 3, 3, 3, 3, 2,
-                                2,  3, 2, 3, 3, 1, 2, 1, 2, 1, 1, 1, 1, 4, 1};
-  int total = 0;
-  for (int w : weights) total += w;
-  int roll = random_.range(0, total - 1), id = 0;
-  while (roll >= weights[id]) roll -= weights[id++];
-
-  Lines lines;
-  const std::string data = settings_.dataDir;
-  switch (id) {
-    case 0: lines.push_back("usermove " + userMove(board)); break;
-    case 1:
-      if (random_.chance(0.2)) lines.push_back(random_.pick(Lines{"usermove", "usermove  e2e4", "usermove e2e4 e7e5"}));
-      else lines.push_back("usermove " + oddUserMove(board));
-      break;
-    case 2: lines.push_back(random_.chance(0.9) ? "go" : "go 1"); break;
-    case 3: lines.push_back("playother"); break;
-    case 4: lines.push_back("force"); break;
-    case 5:
-      lines.push_back("new");
-      for (const std::string& l : fastControl()) lines.push_back(l);
-      break;
-    case 6: lines.push_back("analyze"); break;
-    case 7:
-      lines.push_back("exit");
-      afterBound(lines);
-      break;
-    case 8: lines.push_back(random_.pick(Lines{"auto", "auto", "auto", "auto 1", "auto x y"})); break;
-    case 9: lines.push_back("undo"); break;
-    case 10: lines.push_back("remove"); break;
-    case 11: {
-      uint32_t kind = random_.below(20);
-      if (kind == 0) lines.push_back(random_.pick(Lines{"setboard 8/8/8/8/8/8/8/K1k5 w", "setboard a b c d e f g",
-                                                        "setboard    ", "setboard  8/8/8/8/8/8/8/K1k5 w - - 0 1"}));
-      else lines.push_back("setboard " + fen(board));
-      break;
-    }
-    case 12:
-      if (random_.chance(0.4)) {
-        lines.push_back(wildLevel());
-        afterBound(lines);
-      } else {
-        lines.push_back(saneLevel());
-      }
-      break;
-    case 13: {
-      if (random_.chance(0.7)) {
-        lines.push_back("sd " + std::to_string(random_.range(1, 5)));
-      } else {
-        lines.push_back("sd " + random_.pick(Lines{"0", "-1", "x", "999", "99999999999", "", "-5", "2147483648"}));
-        afterBound(lines);
-      }
-      break;
-    }
-    case 14: {
-      if (random_.chance(0.7)) {
-        lines.push_back("time " + std::to_string(random_.range(-200, 500)));
-      } else {
-        lines.push_back("time " + random_.pick(Lines{"99999999", "2147483647", "4294967295", "99999999999", "x",
-                                                     "", "-2147483648", "1e9"}));
-        afterBound(lines);
-      }
-      break;
-    }
-    case 15: lines.push_back("ping " + number()); break;
-    case 16: lines.push_back(random_.chance(0.5) ? "post" : "nopost"); break;
-    case 17: lines.push_back(random_.chance(0.8) ? "eval" : "eval x"); break;
-    case 18: {
-      const char* word = random_.chance(0.5) ? "perft " : "divide ";
-      if (random_.chance(0.75)) lines.push_back(word + std::to_string(random_.chance(0.15) ? 3 : random_.range(1, 2)));
-      else lines.push_back(word + random_.pick(Lines{"0", "-1", "x", "", "1 2", "-2147483648"}));
-      break;
-    }
-    case 19: {
-      if (random_.chance(0.75)) lines.push_back("cores " + std::to_string(random_.range(1, settings_.maxCores)));
-      else lines.push_back("cores " + random_.pick(Lines{"0", "-1", "x", "999", "4294967297", "", "2.5", "+2", "1 2"}));
-      break;
-    }
-    case 20: {
-      const Lines names = {"ttHashSizeMB", "pawnHashSizeMB", "gtbCacheSizeMB", "gtbPath", "bookFilePath", "foo",
-                           "", "TTHASHSIZEMB"};
-      std::string name = random_.pick(names);
-      std::string value;
-      if (name == "ttHashSizeMB" || name == "pawnHashSizeMB" || name == "gtbCacheSizeMB") {
-        // Valid sizes stay small: each new game clears the tables.
-        value = random_.chance(0.6) ? std::to_string(random_.range(name == "gtbCacheSizeMB" ? 0 : 1, 16))
-                                    : random_.pick(Lines{"0", "-1", "1048577", "abc", "", "99999999999999999999",
-                                                         "4294967297", "16x"});
-      } else if (name == "gtbPath") {
-        value = random_.pick(Lines{settings_.gaviotaDir + "/gtb4", settings_.gaviotaDir + "/gtb1", "/nonexistent",
-                                   "", settings_.workDir, settings_.gaviotaDir + "/gtb4;/nonexistent",
-                                   std::string(300, 'p')});
-      } else if (name == "bookFilePath") {
-        value = random_.pick(Lines{data + "/performance.bin", "/nonexistent.bin", data + "/perft-suite.epd", "",
-                                   settings_.workDir, "book.bin"});
-      } else {
-        value = number();
-      }
-      uint32_t shape = random_.below(12);
-      if (shape == 0) lines.push_back("option " + name);
-      else if (shape == 1) lines.push_back("option " + name + "=" + value + "=" + value);
-      else if (shape == 2) lines.push_back("option " + name + "=a b");
-      else if (shape == 3) lines.push_back("option");
-      else lines.push_back("option " + name + "=" + value);
-      break;
-    }
-    case 21: {
-      uint32_t shape = random_.below(6);
-      if (shape < 3) lines.push_back("egtpath gaviota " + settings_.gaviotaDir + "/gtb" + std::to_string(random_.range(1, 4)));
-      else lines.push_back(random_.pick(Lines{"egtpath gaviota /nonexistent", "egtpath syzygy /tmp", "egtpath gaviota",
-                                              "egtpath gaviota " + settings_.workDir}));
-      break;
-    }
-    case 22: lines.push_back(random_.pick(Lines{"protover 2", "protover", "protover 2 3", "protover x"})); break;
-    case 23: lines.push_back(random_.chance(0.5) ? "book" : "nobook"); break;
-    case 24: lines.push_back("xboard"); break;
-    case 25: lines.push_back(random_.chance(0.5) ? "randgame" : "norandgame"); break;
-    case 26: lines.push_back("randgames " + random_.pick(Lines{"1", "1", "2", "0", "-1", "x", ""})); break;
-    case 27:
-      lines.push_back(random_.pick(Lines{"randpos", "randpos 1", "randpos 3", "randpos 2 out.fen", "randpos 0",
-                                         "randpos -5", "randpos x", "randpos 2 /nonexistent/dir/f", "randpos 1 2 3"}));
-      break;
-    case 28:
-      lines.push_back(random_.pick(Lines{"test", "test fens.txt", "test /nonexistent", "test .", "test a b"}));
-      break;
-    case 29: lines.push_back(random_.pick(Lines{"tune x", "tune x y", "tune", "tune a b c", "selftest x"})); break;
-    case 30:
-      lines.push_back(noise());
-      // A long line whose second read is `new`: the clock is back to its default.
-      if (lines[0].size() > 1023 && lines[0].compare(1023, std::string::npos, "new") == 0) afterBound(lines);
-      break;
-    default: lines.push_back(random_.chance(0.5) ? "quit" : "quit   "); break;
-  }
-  // After a line that may start a search, often a run of lines that leave it running.
-  static const Lines starters = {"go", "playother", "auto", "analyze"};
-  bool starts = std::find(starters.begin(), starters.end(), lines[0]) != starters.end() ||
-                lines[0].rfind("usermove ", 0) == 0;
-  if (starts && random_.chance(0.5)) burst_ = random_.range(2, 10);
-  // A new game or a test file resets the clock to its default; keep it short.
-  if (lines[0] == "test" || lines[0] == "test fens.txt" || lines[0].rfind("randpos ", 0) == 0)
-    for (const std::string& l : fastControl()) lines.push_back(l);
-  return lines;
+  return text;
 }

@@ -1,399 +1,160 @@
 #include "fuzz/game_tracker.h"
 
 #include <algorithm>
-#include <cctype>
 
-#include "board/attacks.h"
-#include "board/check_info.h"
 #include "board/fen.h"
 #include "board/fen_writer.h"
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
+#include "driver/command_loop.h"
 #include "driver/string_split.h"
-#include "fuzz/fuzz_commands.h"
 
 namespace {
 
 const std::string prompt = "# Your move: ";
-const std::string engineMoveTag = "# making engine move: ";
-const std::string userMoveTag = "# making user move: ";
-const std::string newGameTag = "# new size of TT hash";
-const std::string randomGamesTag = "# Playing ";
-// Far below the engine's own limit of the game record, so the board's ply records never run out.
-constexpr uint32_t trackedPlyLimit = 900;
+constexpr size_t lineBuffer = LineBufferSize;
 
-bool endsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+// The legal move of the position with this text (letters in either case), or NoMove.
+Move legalMove(Board_0x88& board, std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+  MoveList list;
+  bool inCheck = false;
+  generateLegalMoves(board, list, inCheck);
+  for (uint32_t i = 0; i < list.count; ++i)
+    if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
+  return NoMove;
 }
 
-// The index of the first window line that satisfies `match`, or the window's size.
-template <typename Match>
-size_t findLine(const std::vector<std::string>& lines, Match match) {
-  for (size_t i = 0; i < lines.size(); ++i)
-    if (match(lines[i])) return i;
-  return lines.size();
-}
-
-// The squares of the last board diagram among the lines, rank 8 first, or empty.
-std::string lastDiagram(const std::vector<std::string>& lines) {
-  auto isRank = [](const std::string& line) {
-    return line.size() == 10 && line[0] == '#' && line[1] == ' ' &&
-           line.find_first_not_of(".pnbrqkPNBRQK", 2) == std::string::npos;
-  };
-  for (size_t end = lines.size(); end >= 9; --end) {
-    if (lines[end - 1] != "#") continue;
-    bool whole = true;
-    for (size_t i = end - 9; i < end - 1 && whole; ++i) whole = isRank(lines[i]);
-    if (!whole) continue;
-    std::string squares;
-    for (size_t i = end - 9; i < end - 1; ++i) squares += lines[i].substr(2);
-    return squares;
-  }
-  return "";
-}
-
-// The board as the engine draws it.
-std::string diagramOf(const Board_0x88& board) {
-  std::string squares;
-  for (int rank = 7; rank >= 0; --rank) {
-    for (int file = 0; file < 8; ++file) {
-      Square sq = makeSquare(file, rank);
-      uint8_t piece = board.piece[sq] <= King ? board.piece[sq] : uint8_t(NoPiece);
-      char c = pieceLetters[piece];
-      squares += board.color[sq] == White ? char(std::toupper(static_cast<unsigned char>(c))) : c;
-    }
-  }
-  return squares;
+std::string placementOf(const Board_0x88& board) {
+  const std::string fen = positionToFen(board);
+  return fen.substr(0, fen.find(' '));
 }
 
 }  // namespace
 
-bool isPlayable(const Board_0x88& b) {
-  if (b.sideToMove != White && b.sideToMove != Black) return false;
-  for (int sq = 0; sq < 128; ++sq)
-    if (!(sq & 0x88) && b.piece[sq] != NoPiece && b.slot[sq] == NoSlot) return false;
-  for (int c = 0; c < 2; ++c)
-    if (b.side[c].count[King] != 1) return false;
-  for (int file = 0; file < 8; ++file)
-    if (b.piece[file] == Pawn || b.piece[0x70 + file] == Pawn) return false;
-  CheckInfo info;
-  if (b.sideToMove == White) return !findCheck<Black>(b, b.side[Black].square[0], info);
-  return !findCheck<White>(b, b.side[White].square[0], info);
-}
-
-std::vector<std::string> legalMoveTexts(Board_0x88& board) {
-  MoveList list;
-  bool inCheck = false;
-  generateLegalMoves(board, list, inCheck);
-  std::vector<std::string> texts;
-  for (uint32_t i = 0; i < list.count; ++i) texts.push_back(moveToString(list.moves[i].move));
-  return texts;
-}
-
-namespace {
-
-// Plays the legal move with this text (letters in either case); false if there is none.
-bool playMoveText(Board_0x88& board, const std::string& text, std::vector<std::pair<Move, UndoRecord>>& played) {
-  std::string lower = text;
-  for (char& c : lower) c = char(std::tolower(static_cast<unsigned char>(c)));
-  MoveList list;
-  bool inCheck = false;
-  generateLegalMoves(board, list, inCheck);
-  for (uint32_t i = 0; i < list.count; ++i) {
-    if (moveToString(list.moves[i].move) != lower) continue;
-    UndoRecord undo;
-    board.history[board.ply].movePlayed = list.moves[i].move;
-    makeMoveForSide(board, list.moves[i].move, undo);
-    played.emplace_back(list.moves[i].move, undo);
-    return true;
-  }
-  return false;
-}
-
-}  // namespace
-
-GameTracker::Game::Game() : board(std::make_unique<Board_0x88>()) { setupFromFen(*board, startPositionFen); }
-
-GameTracker::Game::Game(const Game& other)
-    : board(std::make_unique<Board_0x88>(*other.board)), played(other.played), known(other.known) {}
-
-GameTracker::Game& GameTracker::Game::operator=(const Game& other) {
-  *board = *other.board;
-  played = other.played;
-  known = other.known;
-  return *this;
-}
-
-GameTracker::GameTracker() = default;
+GameTracker::GameTracker() { setupFromFen(*game_.board, startPositionFen); }
 
 const Board_0x88* GameTracker::playableBoard() const {
-  if (stopped_ || !game_.known || !isPlayable(*game_.board)) return nullptr;
-  return game_.board.get();
+  return known_ && game_.hasPlayablePosition() ? game_.board.get() : nullptr;
 }
 
-bool GameTracker::quitRead() const { return std::find(lines_.begin(), lines_.end(), "quit") != lines_.end(); }
-
-std::string GameTracker::describePosition() const {
-  if (!game_.known) return "(position not known)";
-  if (!isPlayable(*game_.board)) return "(no playable position)";
-  return positionToFen(*game_.board);
+void GameTracker::lose() {
+  lostTrack += known_;
+  known_ = false;
 }
 
-void GameTracker::onInput(const std::string& bytes) {
+// The lines as fgets hands them to the engine, trimmed like the engine does.
+void GameTracker::onInput(const std::string& bytes, bool atEnd) {
   pendingInput_ += bytes;
-  cutInputLines(false);
-}
-
-void GameTracker::onInputClosed() { cutInputLines(true); }
-
-// The lines as fgets hands them to the engine: at most 1023 bytes, the rest
-// of a longer line comes as the next one; then trimmed like the engine does.
-void GameTracker::cutInputLines(bool atEnd) {
   for (;;) {
-    size_t newline = pendingInput_.find('\n');
-    size_t length;
-    if (newline != std::string::npos && newline < 1023)
-      length = newline + 1;
-    else if (pendingInput_.size() >= 1023)
-      length = 1023;
-    else if (atEnd && !pendingInput_.empty())
-      length = pendingInput_.size();
-    else
-      return;
-    char buffer[1024];
-    std::copy(pendingInput_.begin(), pendingInput_.begin() + long(length), buffer);
-    buffer[length] = '\0';
+    const size_t newline = pendingInput_.find('\n');
+    size_t length = pendingInput_.size();
+    if (newline != std::string::npos && newline < lineBuffer - 1) length = newline + 1;
+    else if (length >= lineBuffer - 1) length = lineBuffer - 1;
+    else if (!atEnd || length == 0) return;
+    char line[lineBuffer];
+    std::copy_n(pendingInput_.begin(), length, line);
+    line[length] = '\0';
     pendingInput_.erase(0, length);
-    trimLine(buffer);
-    lines_.emplace_back(buffer);
+    trimLine(line);
+    const std::string text = line;  // cut at a NUL byte, as the engine's parser sees it
+    const std::string word = text.substr(0, text.find(' '));
+    quitRead_ = quitRead_ || text == "quit";
+    static const char* const silentWords[] = {"setboard", "undo", "remove", "new", "test", "selftest", "randpos", "randgames"};
+    if (std::find(std::begin(silentWords), std::end(silentWords), word) != std::end(silentWords)) silent_.push_back(text);
   }
 }
 
 void GameTracker::onOutput(const std::string& whole) {
-  if (whole.size() > outputSeen_) partialOutput_.append(whole, outputSeen_, std::string::npos);
+  partialOutput_.append(whole, outputSeen_, std::string::npos);
   outputSeen_ = whole.size();
-  for (;;) {
-    if (partialOutput_.compare(0, prompt.size(), prompt) == 0) {
-      take("", true);
-      partialOutput_.erase(0, prompt.size());
-      continue;
-    }
-    size_t newline = partialOutput_.find('\n');
-    if (newline == std::string::npos) return;
+  for (size_t newline; (newline = partialOutput_.find('\n')) != std::string::npos;) {
     std::string line = partialOutput_.substr(0, newline);
     partialOutput_.erase(0, newline + 1);
-    // A prompt can stand in front of, or within, a line of a search thread.
-    size_t start = 0;
-    for (size_t at; (at = line.find(prompt, start)) != std::string::npos; start = at + prompt.size()) {
-      if (at > start) take(line.substr(start, at - start), false);
-      take("", true);
-    }
-    take(line.substr(start), false);
+    // A console prompt can stand in front of a line of a search thread.
+    for (size_t at; (at = line.find(prompt)) != std::string::npos;) line.erase(at, prompt.size());
+    take(line);
   }
 }
 
-void GameTracker::finish(const std::string& whole) {
-  onInputClosed();
-  onOutput(whole);
-  if (!partialOutput_.empty()) {
-    partialOutput_ += '\n';
-    onOutput(whole);
+// Whether `command` taking effect now leaves the placement shown; if so, the game follows it.
+bool GameTracker::explains(const std::string& command, const std::string& placement) {
+  const std::string word = command.substr(0, command.find(' '));
+  Board_0x88& board = *game_.board;
+  if (word == "setboard") {
+    if (command.size() <= 9) return false;
+    auto scratch = std::make_unique<Board_0x88>();
+    std::vector<std::string> words = splitString(command.c_str() + 9, ' ');
+    setPositionFromWords(*scratch, words);
+    if (placementOf(*scratch) != placement) return false;
+    board = *scratch;
+    game_.setupPly = game_.ply;
+    return true;
   }
-  if (window_ >= 0 && !stopped_) closeWindow();
-  stopped_ = true;
-}
-
-void GameTracker::take(const std::string& token, bool isPrompt) {
-  if (stopped_) return;
-  if (!isPrompt) {
-    if (window_ >= 0) windowLines_.push_back(token);
-    return;
+  if (word == "undo" || word == "remove") {
+    const uint32_t plies = word == "undo" ? 1 : 2;
+    if (!known_ || game_.ply < game_.setupPly + plies || !game_.hasSafeLists()) return false;
+    auto before = std::make_unique<Board_0x88>(board);
+    for (uint32_t i = 0; i < plies; ++i) unmakeMoveForSide(board, game_.moveHistory[game_.ply - 1 - i], game_.undoHistory[game_.ply - 1 - i]);
+    if (placementOf(board) == placement) return game_.ply -= plies, true;
+    board = *before;
+    return false;
   }
-  if (window_ >= 0) closeWindow();
-  ++window_;
-  windowLines_.clear();
-}
-
-void GameTracker::setUnknown(Game& game, const char* why) {
-  if (game.known) {
-    ++lostTrack;
-    notes.push_back(std::string(why) + " at engine line " + std::to_string(window_ + 1));
-  }
-  game.known = false;
-  game.played.clear();
-}
-
-bool GameTracker::playEngineMoves(Game& game, const std::vector<std::string>& moves, size_t from, size_t to,
-                                  std::string* illegal) const {
-  for (size_t i = from; i < to; ++i) {
-    if (!game.known) continue;
-    Board_0x88& board = *game.board;
-    if (!isPlayable(board)) {
-      if (illegal) *illegal = "engine move " + moves[i] + " in a position that can't be played";
-      return false;
-    }
-    const std::string before = positionToFen(board);
-    if (!playMoveText(board, moves[i], game.played)) {
-      if (illegal) *illegal = "illegal engine move " + moves[i] + " in " + before;
-      return false;
-    }
-    if (board.ply > trackedPlyLimit) game.known = false;
-  }
+  // The others end with a new game, except randpos with no count, which shows the
+  // board; randgames shows none and is placed by its first line.
+  if ((word == "randpos" && command.size() == 7) || (word == "randgames") != (placement == "randgames")) return false;
+  auto start = std::make_unique<Board_0x88>();
+  setupFromFen(*start, startPositionFen);
+  if (word != "randgames" && placementOf(*start) != placement) return false;
+  board = *start;
+  game_.ply = game_.setupPly = 0;
   return true;
 }
 
-void GameTracker::closeWindow() {
-  const std::vector<std::string>& out = windowLines_;
-  const bool hasLine = window_ < long(lines_.size());
-  const std::string line = hasLine ? lines_[size_t(window_)] : std::string();
-
-  std::vector<std::string> moves;
-  std::vector<size_t> movePositions;
-  for (size_t i = 0; i < out.size(); ++i) {
-    size_t at = out[i].find(engineMoveTag);
-    if (at == std::string::npos) continue;
-    std::string text = out[i].substr(at + engineMoveTag.size());
-    text = text.substr(0, text.find(' '));
-    moves.push_back(text);
-    movePositions.push_back(i);
-  }
-  movesChecked += moves.size();
-  auto movesBefore = [&](size_t position) {
-    return size_t(std::count_if(movePositions.begin(), movePositions.end(), [&](size_t p) { return p < position; }));
-  };
-  auto fail = [&](const std::string& what) {
-    problem_ = what + " (engine line " + std::to_string(window_ + 1) + ": \"" + line + "\")";
-    stopped_ = true;
-  };
-  auto playAll = [&] {
-    std::string illegal;
-    if (!playEngineMoves(game_, moves, 0, moves.size(), &illegal)) fail(illegal);
-  };
-
-  ParsedLine parsed = parseCommandLine(line);
-  if (!hasLine || !parsed.command || !parsed.countOk) return playAll();
-  const std::string word = parsed.word;
-  const std::string errorLine = "# command \"" + line + "\" returned an error code ";
-  const bool handlerFailed = findLine(out, [&](const std::string& l) { return endsWith(l, errorLine); }) < out.size();
-
-  if (word == "quit") {
-    playAll();
-    stopped_ = true;
+void GameTracker::take(const std::string& line) {
+  if (line.size() == 10 && line.rfind("# ", 0) == 0 && line.find_first_not_of(".pnbrqkPNBRQK", 2) == std::string::npos) {
+    diagram_.push_back(line.substr(2));
     return;
   }
-  if (word == "xboard") {
-    // No more prompts: the lines after it can't be told apart in the output.
-    stopped_ = true;
+  std::string placement = line.rfind("# Playing ", 0) == 0 ? "randgames" : "";
+  if (line == "#" && diagram_.size() >= 8) {
+    // The placement as FEN writes it, from the eight rows shown last.
+    for (size_t row = diagram_.size() - 8; row < diagram_.size(); ++row) {
+      int empty = 0;
+      for (char c : diagram_[row] + "x") {
+        if (c == '.' && ++empty) continue;
+        if (empty) placement += char('0' + empty);
+        empty = 0;
+        if (c != 'x') placement += c;
+      }
+      placement += row + 1 < diagram_.size() ? "/" : "";
+    }
+  }
+  diagram_.clear();
+  if (!placement.empty()) {
+    for (size_t i = 0; i < silent_.size(); ++i)
+      if (explains(silent_[i], placement)) {
+        silent_.erase(silent_.begin(), silent_.begin() + long(i) + 1);
+        known_ = true;
+        return;
+      }
+    if (known_ && placementOf(*game_.board) != placement) lose();
     return;
   }
-
-  // Handlers that announce themselves: their line splits the moves into those before and after.
-  auto splitAt = [&](size_t marker, auto effect) {
-    size_t before = movesBefore(marker);
-    std::string illegal;
-    if (!playEngineMoves(game_, moves, 0, before, &illegal)) return fail(illegal);
-    effect(game_);
-    if (!playEngineMoves(game_, moves, before, moves.size(), &illegal)) fail(illegal);
-  };
-  auto toStart = [](Game& game) {
-    setupFromFen(*game.board, startPositionFen);
-    game.played.clear();
-    game.known = true;
-  };
-  auto newGameMarker = [&] {
-    return findLine(out, [&](const std::string& l) { return l.compare(0, newGameTag.size(), newGameTag) == 0; });
-  };
-
-  if (word == "usermove") {
-    const std::string tag = userMoveTag + parsed.args[0];
-    size_t marker = findLine(out, [&](const std::string& l) { return l == tag; });
-    if (marker == out.size()) return playAll();
-    return splitAt(marker, [&](Game& game) {
-      if (!game.known) return;
-      if (!playMoveText(*game.board, parsed.args[0], game.played)) setUnknown(game, "user move not legal here");
-    });
+  // A refused line took no effect: its error names it.
+  if (line.rfind("# command \"", 0) == 0) {
+    auto refused = std::find(silent_.begin(), silent_.end(), line.substr(11, line.size() - 11 - 25));
+    if (refused != silent_.end()) silent_.erase(refused);
   }
-  if (word == "new" || ((word == "test" || word == "selftest") && !handlerFailed) ||
-      (word == "randpos" && !parsed.args.empty() && !handlerFailed)) {
-    size_t marker = newGameMarker();
-    if (marker == out.size()) {
-      setUnknown(game_, "new game without its hash line");
-      return;
-    }
-    return splitAt(marker, toStart);
-  }
-  if (word == "randgames" && !handlerFailed) {
-    size_t marker = findLine(out, [&](const std::string& l) { return l.compare(0, randomGamesTag.size(), randomGamesTag) == 0; });
-    if (marker == out.size()) {
-      setUnknown(game_, "random games without their first line");
-      return;
-    }
-    return splitAt(marker, toStart);
-  }
-
-  const bool silentChange = word == "setboard" || ((word == "undo" || word == "remove") && !handlerFailed);
-  if (!silentChange) return playAll();
-
-  // setboard, undo and remove print nothing of their own: try every place among the moves.
-  auto effect = [&](Game& game) {
-    if (word == "setboard") {
-      setPositionFromWords(*game.board, parsed.args);
-      game.played.clear();
-      game.known = true;
-      return true;
-    }
-    if (!game.known) return true;
-    size_t plies = word == "undo" ? 1 : 2;
-    if (game.played.size() < plies) return false;
-    for (size_t i = 0; i < plies; ++i) {
-      unmakeMoveForSide(*game.board, game.played.back().first, game.played.back().second);
-      game.played.pop_back();
-    }
-    return true;
-  };
-  std::vector<Game> outcomes;
-  std::string firstIllegal;
-  bool effectImpossible = false;
-  for (size_t split = 0; split <= moves.size(); ++split) {
-    Game game = game_;
-    std::string illegal;
-    if (!playEngineMoves(game, moves, 0, split, &illegal)) {
-      if (firstIllegal.empty()) firstIllegal = illegal;
-      continue;
-    }
-    if (!effect(game)) {
-      effectImpossible = true;
-      continue;
-    }
-    if (!playEngineMoves(game, moves, split, moves.size(), &illegal)) {
-      if (firstIllegal.empty()) firstIllegal = illegal;
-      continue;
-    }
-    outcomes.push_back(game);
-  }
-  if (outcomes.empty()) {
-    if (effectImpossible || !game_.known) {
-      setUnknown(game_, "take-back of moves not followed");
-    } else {
-      fail(firstIllegal);
-    }
-    return;
-  }
-  if (outcomes.size() > 1) {
-    // The diagram printed last shows the board after the line: it tells the orders apart.
-    const std::string drawn = lastDiagram(out);
-    std::vector<Game> matching;
-    for (const Game& game : outcomes)
-      if (!drawn.empty() && game.known && diagramOf(*game.board) == drawn) matching.push_back(game);
-    if (!matching.empty()) outcomes = matching;
-  }
-  game_ = outcomes[0];
-  for (const Game& other : outcomes) {
-    if (other.known != game_.known || other.played.size() != game_.played.size() ||
-        (other.known && positionToFen(*other.board) != positionToFen(*game_.board))) {
-      setUnknown(game_, "order of a silent command and engine moves unclear");
-      return;
-    }
-  }
+  const bool engineMove = line.rfind("move ", 0) == 0, userMove = line.rfind("# making user move: ", 0) == 0;
+  if (!engineMove && !userMove) return;
+  if (!known_) return;
+  const std::string text = line.substr(engineMove ? 5 : 20);
+  movesChecked += engineMove;
+  Move move = game_.hasPlayablePosition() ? legalMove(*game_.board, text) : NoMove;
+  if (move == NoMove && engineMove && problem.empty())
+    problem = (game_.hasPlayablePosition() ? "illegal engine move " : "engine move in a position that can't be played: ") +
+              text + " in " + positionToFen(*game_.board);
+  if (move == NoMove || !game_.recordMove(move)) lose();
 }

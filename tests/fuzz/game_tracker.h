@@ -1,80 +1,45 @@
 #pragma once
-#include <cstdint>
-#include <memory>
+#include <deque>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "board/board.h"
+#include "driver/chess_player.h"
 
 // Follows the game inside the engine from what goes in and what comes out,
-// and checks every move that the engine plays against the legal moves.
+// on the engine's own game record, and checks every move that the engine
+// plays against the legal moves.
 //
-// In console mode the engine prints its prompt before each line that it
-// reads, so the output between two prompts belongs to one line: first what
-// a search that ended before it printed, then the handler, then what a
-// search started after it printed. A handler that changes the board is
-// placed among the engine's moves by a line of its own ("# making user
-// move: ", a new game's hash size line); for the silent ones (setboard, undo,
-// remove) every order is tried. When the order can't be told, or a command
-// does things the tracker doesn't model, the position counts as unknown
-// until the next new game or set-up position.
+// Moves are announced ("move ", "# making user move: "); setboard, undo,
+// remove and the commands that start a new game change the position without
+// a word of their own, but the board diagram printed after any change tells
+// which of them has taken effect. A diagram that nothing explains makes the
+// position unknown until a set-up or a new game explains one again.
 class GameTracker {
  public:
   GameTracker();
-
-  void onInput(const std::string& bytes);
-  void onInputClosed();
+  void onInput(const std::string& bytes, bool atEnd = false);
   void onOutput(const std::string& wholeOutputSoFar);
-  // Takes the output after the last prompt as the last line's.
-  void finish(const std::string& wholeOutput);
 
-  // The engine's position as far as the output tells, when it is a position
-  // that can be played; null otherwise.
+  // The engine's position when it is known and can be played; null otherwise.
   const Board_0x88* playableBoard() const;
-  bool failed() const { return !problem_.empty(); }
-  const std::string& problem() const { return problem_; }
-  // True when a line that the engine reads is `quit`.
-  bool quitRead() const;
-  // The tracked position as FEN, or why there is none.
-  std::string describePosition() const;
-  // The lines as the engine reads them (cut at 1023 bytes, trimmed).
-  const std::vector<std::string>& engineLines() const { return lines_; }
-
-  uint64_t movesChecked = 0;
-  uint64_t lostTrack = 0;
-  std::vector<std::string> notes;  // why the position was lost, each time
+  bool quitRead() const { return quitRead_; }
+  std::string problem;  // the first illegal engine move
+  uint64_t movesChecked = 0, lostTrack = 0;
 
  private:
-  struct Game {
-    std::unique_ptr<Board_0x88> board;
-    std::vector<std::pair<Move, UndoRecord>> played;
-    bool known = true;
-    Game();
-    Game(const Game& other);
-    Game& operator=(const Game& other);
-  };
+  void take(const std::string& line);
+  bool explains(const std::string& command, const std::string& placement);
+  void lose();
 
-  void cutInputLines(bool atEnd);
-  void take(const std::string& token, bool prompt);
-  void closeWindow();
-  bool playEngineMoves(Game& game, const std::vector<std::string>& moves, size_t from, size_t to,
-                       std::string* illegal) const;
-  void setUnknown(Game& game, const char* why);
-
-  Game game_;
-  std::string pendingInput_;
-  std::vector<std::string> lines_;
+  struct NoEngine : EngineInterface {
+    void makeEngineMove(Move&) override {}
+  } noEngine_;
+  TimeControl clock_;
+  ChessPlayer game_{&clock_, &noEngine_};
+  bool known_ = true;
+  bool quitRead_ = false;
+  std::string pendingInput_, partialOutput_;
   size_t outputSeen_ = 0;
-  std::string partialOutput_;
-  long window_ = -1;  // index of the line whose output is being collected
-  std::vector<std::string> windowLines_;
-  bool stopped_ = false;  // quit read, or prompts gone (xboard)
-  std::string problem_;
+  std::deque<std::string> silent_;  // lines read that may change the position silently
+  std::vector<std::string> diagram_;
 };
-
-// The moves of a position as the engine writes them.
-std::vector<std::string> legalMoveTexts(Board_0x88& board);
-// Whether the engine could search this position: lists in order, one king a
-// side, no pawn on a first or last rank, the side not to move not in check.
-bool isPlayable(const Board_0x88& board);

@@ -8,180 +8,128 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <stdexcept>
+#include <cstdio>
 
 namespace {
 
-int spawn(const std::vector<std::string>& args, const std::string& workingDir, int& toChild, int& fromChild) {
-  int in[2], out[2];
-  if (pipe(in) != 0 || pipe(out) != 0) throw std::runtime_error("pipe failed");
-  int pid = fork();
-  if (pid < 0) throw std::runtime_error("fork failed");
+using Clock = std::chrono::steady_clock;
+
+Clock::time_point after(int milliseconds) { return Clock::now() + std::chrono::milliseconds(milliseconds); }
+
+int millisecondsUntil(Clock::time_point deadline) {
+  return int(std::max<long>(0, std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count()));
+}
+
+}  // namespace
+
+EngineProcess::EngineProcess(const std::string& binary, const std::vector<std::string>& args, const std::string& workingDir,
+                             bool errorsApart) {
+  int in[2], out[2], err[2] = {-1, -1};
+  if (pipe(in) != 0 || pipe(out) != 0 || (errorsApart && pipe(err) != 0)) return;
+  signal(SIGPIPE, SIG_IGN);
+  const pid_t pid = fork();
   if (pid == 0) {
     dup2(in[0], 0);
     dup2(out[1], 1);
-    dup2(out[1], 2);
-    close(in[0]);
-    close(in[1]);
-    close(out[0]);
-    close(out[1]);
+    dup2(errorsApart ? err[1] : out[1], 2);
+    for (int fd : {in[0], in[1], out[0], out[1], err[0], err[1]})
+      if (fd > 2) close(fd);
     if (!workingDir.empty() && chdir(workingDir.c_str()) != 0) _exit(126);
+    std::vector<std::string> copies{binary};
+    copies.insert(copies.end(), args.begin(), args.end());
     std::vector<char*> argv;
-    std::string binary = TOLVA_BINARY;
-    argv.push_back(binary.data());
-    std::vector<std::string> copies = args;
     for (std::string& a : copies) argv.push_back(a.data());
     argv.push_back(nullptr);
     execv(binary.c_str(), argv.data());
     _exit(127);
   }
-  close(in[0]);
-  close(out[1]);
-  signal(SIGPIPE, SIG_IGN);
-  toChild = in[1];
-  fromChild = out[0];
-  return pid;
+  for (int fd : {in[0], out[1], err[1]})
+    if (fd >= 0) close(fd);
+  pid_ = pid;
+  in_ = in[1], out_ = out[0], err_ = err[0];
+  fcntl(in_, F_SETFL, fcntl(in_, F_GETFL) | O_NONBLOCK);
+  for (int fd : {in_, out_, err_})
+    if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);  // no other child inherits them
 }
 
-int waitExit(int pid, int timeoutSeconds) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
-  for (;;) {
-    int status = 0;
-    int r = waitpid(pid, &status, WNOHANG);
-    if (r == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    if (std::chrono::steady_clock::now() > deadline) {
-      kill(pid, SIGKILL);
-      waitpid(pid, &status, 0);
-      return -1;
-    }
-    usleep(2000);
+EngineProcess::~EngineProcess() {
+  if (pid_ > 0) kill(pid_, SIGKILL), reap(true);
+  for (int fd : {in_, out_, err_})
+    if (fd >= 0) close(fd);
+}
+
+// Reads what there is on the output pipes, waiting at most `timeoutMs` for the first byte.
+void EngineProcess::drain(int timeoutMs) {
+  pollfd fds[2] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
+  if (poll(fds, 2, timeoutMs) <= 0) return;
+  std::string* texts[2] = {&outcome_.output, &outcome_.errors};
+  int* descriptors[2] = {&out_, &err_};
+  for (int i = 0; i < 2; ++i) {
+    if (*descriptors[i] < 0 || !fds[i].revents) continue;
+    char buffer[65536];
+    const ssize_t n = read(*descriptors[i], buffer, sizeof buffer);
+    if (n > 0) texts[i]->append(buffer, size_t(n));
+    else if (n == 0 || (errno != EINTR && errno != EAGAIN)) close(*descriptors[i]), *descriptors[i] = -1;
   }
 }
 
-}  // namespace
-
-EngineRun runEngine(const std::string& input, const std::vector<std::string>& args, const std::string& workingDir,
-                    int timeoutSeconds) {
-  EngineSession session(args, workingDir);
-  session.send(input);
-  EngineRun run;
-  run.exitStatus = session.finish(timeoutSeconds);
-  run.timedOut = run.exitStatus == -1;
-  run.output = session.output();
-  return run;
-}
-
-EngineSession::EngineSession(const std::vector<std::string>& args, const std::string& workingDir) {
-  pid_ = spawn(args, workingDir, toChild_, fromChild_);
-}
-
-EngineSession::~EngineSession() {
-  if (toChild_ >= 0) close(toChild_);
-  if (pid_ > 0) {
-    kill(pid_, SIGKILL);
-    int status;
-    waitpid(pid_, &status, 0);
-  }
-  if (fromChild_ >= 0) close(fromChild_);
-}
-
-void EngineSession::send(const std::string& text) {
-  size_t done = 0;
-  while (done < text.size()) {
-    // Keep draining output so that a chatty engine never blocks us both.
-    pollfd fds[2] = {{toChild_, POLLOUT, 0}, {fromChild_, POLLIN, 0}};
-    if (poll(fds, 2, 1000) < 0 && errno != EINTR) return;
-    if (fds[1].revents & (POLLIN | POLLHUP)) readSome(0);
-    if (fds[0].revents & POLLOUT) {
-      ssize_t n = write(toChild_, text.data() + done, text.size() - done);
-      if (n < 0) {
-        if (errno == EINTR || errno == EAGAIN) continue;
-        return;
-      }
-      done += size_t(n);
-    } else if (fds[0].revents & (POLLERR | POLLHUP)) {
-      return;
-    }
-  }
-}
-
-bool EngineSession::readSome(int timeoutMs) {
-  pollfd fd = {fromChild_, POLLIN, 0};
-  int r = poll(&fd, 1, timeoutMs);
-  if (r <= 0) return false;
-  char buffer[65536];
-  ssize_t n = read(fromChild_, buffer, sizeof buffer);
-  if (n <= 0) return false;
-  output_.append(buffer, size_t(n));
-  return true;
-}
-
-bool EngineSession::waitFor(const std::string& needle, int timeoutSeconds) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
-  while (output_.find(needle) == std::string::npos) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    pollfd fd = {fromChild_, POLLIN, 0};
-    if (poll(&fd, 1, 50) > 0) {
-      char buffer[65536];
-      ssize_t n = read(fromChild_, buffer, sizeof buffer);
-      if (n <= 0) return output_.find(needle) != std::string::npos;
-      output_.append(buffer, size_t(n));
-    }
-  }
-  return true;
-}
-
-int EngineSession::finish(int timeoutSeconds) {
-  if (toChild_ >= 0) {
-    close(toChild_);
-    toChild_ = -1;
-  }
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
-  // Read to the end of output, then reap the child.
-  for (;;) {
-    pollfd fd = {fromChild_, POLLIN, 0};
-    int r = poll(&fd, 1, 100);
-    if (r > 0) {
-      char buffer[65536];
-      ssize_t n = read(fromChild_, buffer, sizeof buffer);
-      if (n <= 0) break;
-      output_.append(buffer, size_t(n));
-    }
-    if (std::chrono::steady_clock::now() > deadline) break;
-  }
-  auto left = std::chrono::duration_cast<std::chrono::seconds>(deadline - std::chrono::steady_clock::now()).count();
-  int status = waitExit(pid_, left > 1 ? int(left) : 1);
+bool EngineProcess::reap(bool block) {
+  int status = 0;
+  if (pid_ <= 0 || waitpid(pid_, &status, block ? 0 : WNOHANG) != pid_) return pid_ <= 0;
   pid_ = -1;
-  return status;
+  if (WIFEXITED(status)) outcome_.exitCode = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) outcome_.signal = WTERMSIG(status);
+  return true;
 }
 
-std::string startBoardDiagram() {
-  return "# rnbqkbnr\n# pppppppp\n# ........\n# ........\n# ........\n# ........\n# PPPPPPPP\n# RNBQKBNR\n#\n";
-}
-
-std::string expectedStartup(bool withBoard) {
-  std::string text =
-      "# Tolva 0.7.0\n"
-      "# a chess engine for the xboard protocol; type 'quit' to leave\n"
-      "# \n"
-      "feature done=0\n"
-      "# new size of TT hash: 256 MB\n"
-      "# new size of Pawn hash: 32 MB\n";
-  if (withBoard) text += startBoardDiagram();
-  return text;
-}
-
-std::vector<std::string> repliesTo(const std::string& input, const std::string& workingDir) {
-  const std::string prompt = "# Your move: ";
-  EngineRun run = runEngine(input + "quit\n", {}, workingDir);
-  std::vector<std::string> pieces;
-  size_t at = run.output.find(prompt);
-  while (at != std::string::npos) {
-    size_t next = run.output.find(prompt, at + prompt.size());
-    if (next == std::string::npos) break;
-    pieces.push_back(run.output.substr(at + prompt.size(), next - at - prompt.size()));
-    at = next;
+bool EngineProcess::send(const std::string& bytes, int stallMs) {
+  auto stall = after(stallMs);
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t n = in_ < 0 ? -1 : write(in_, bytes.data() + done, bytes.size() - done);
+    if (n > 0) done += size_t(n), stall = after(stallMs);
+    else if (in_ < 0 || (errno != EINTR && errno != EAGAIN)) return outcome_.exitedEarly = reap(false), false;  // gone
+    else if (Clock::now() > stall) return false;
+    else drain(5);
   }
-  return pieces;
+  drain(0);
+  return true;
+}
+
+void EngineProcess::pause(int milliseconds) {
+  for (auto deadline = after(milliseconds); Clock::now() < deadline;) drain(millisecondsUntil(deadline));
+}
+
+bool EngineProcess::waitFor(const std::string& needle, int timeoutSeconds) {
+  for (auto deadline = after(timeoutSeconds * 1000); outcome_.output.find(needle) == std::string::npos; drain(50))
+    if (Clock::now() > deadline || out_ < 0) return false;
+  return true;
+}
+
+void EngineProcess::closeInput() {
+  if (in_ >= 0) close(in_), in_ = -1;
+}
+
+EngineOutcome EngineProcess::finish(int timeoutMs, bool takeStacks) {
+  if (in_ >= 0) outcome_.exitedEarly = reap(false), closeInput();
+  for (auto deadline = after(timeoutMs); (pid_ > 0 && !reap(false)) || out_ >= 0 || err_ >= 0; drain(20))
+    if (Clock::now() > deadline) break;
+  if (pid_ > 0) {
+    outcome_.hung = true;
+    if (takeStacks) {
+      FILE* gdb = popen(("timeout 60 gdb -q -batch -p " + std::to_string(pid_) + " -ex 'thread apply all bt 30' 2>/dev/null").c_str(), "r");
+      char buffer[4096];
+      for (size_t n; gdb && (n = fread(buffer, 1, sizeof buffer, gdb)) > 0;) outcome_.stacks.append(buffer, n);
+      if (gdb) pclose(gdb);
+    }
+    kill(pid_, SIGKILL), reap(true);
+    for (int i = 0; i < 10 && (out_ >= 0 || err_ >= 0); ++i) drain(10);  // what the killed engine left
+  }
+  return outcome_;
+}
+
+EngineOutcome runEngine(const std::string& binary, const std::string& input, const std::vector<std::string>& args,
+                        const std::string& workingDir, int timeoutSeconds) {
+  EngineProcess engine(binary, args, workingDir);
+  engine.send(input, timeoutSeconds * 1000);
+  return engine.finish(timeoutSeconds * 1000);
 }

@@ -1,47 +1,48 @@
 #pragma once
+// The engine binary as a child process over pipes, for the protocol tests and
+// the command fuzzer. Output is drained whenever the caller waits, so a
+// chatty engine never blocks.
 #include <string>
 #include <vector>
 
-// Runs the real engine binary as a child process, writes `input` to its
-// standard input, closes it, and collects everything it prints.
-struct EngineRun {
-  std::string output;
-  int exitStatus = -1;  // -1 when killed or timed out
-  bool timedOut = false;
+struct EngineOutcome {
+  std::string output;  // standard output, with standard error when merged
+  std::string errors;  // standard error when kept apart: the sanitizers report there
+  int exitCode = -1, signal = 0;
+  bool hung = false;         // no exit within the time limit after the end of input: killed
+  bool exitedEarly = false;  // gone before its input was closed
+  std::string stacks;        // the threads of a hung engine, when gdb could take them
+  // The exit code, or -1 when hung or ended by a signal.
+  int status() const { return hung || signal ? -1 : exitCode; }
 };
 
-EngineRun runEngine(const std::string& input, const std::vector<std::string>& args = {},
-                    const std::string& workingDir = "", int timeoutSeconds = 60);
-
-// A long-lived engine for interactive transcripts: send lines and wait for
-// expected output.
-class EngineSession {
+class EngineProcess {
  public:
-  explicit EngineSession(const std::vector<std::string>& args = {}, const std::string& workingDir = "");
-  ~EngineSession();
-  EngineSession(const EngineSession&) = delete;
-  EngineSession& operator=(const EngineSession&) = delete;
+  EngineProcess(const std::string& binary, const std::vector<std::string>& args = {}, const std::string& workingDir = "",
+                bool errorsApart = false);
+  ~EngineProcess();
+  EngineProcess(const EngineProcess&) = delete;
+  EngineProcess& operator=(const EngineProcess&) = delete;
 
-  void send(const std::string& text);
-  // Reads until `needle` appears in the output after `from`; false on timeout or end of output.
+  bool started() const { return pid_ > 0; }
+  // Writes all bytes; false when the engine has gone or stopped reading for `stallMs`.
+  bool send(const std::string& bytes, int stallMs = 60000);
+  void pause(int milliseconds);
+  // Reads until `needle` is in the output; false on timeout or end of output.
   bool waitFor(const std::string& needle, int timeoutSeconds = 30);
-  // Closes standard input and waits for the exit status (-1 on timeout).
-  int finish(int timeoutSeconds = 60);
-  const std::string& output() const { return output_; }
+  void closeInput();
+  bool inputClosed() const { return in_ < 0; }
+  // Closes the input, waits up to `timeoutMs` for the exit, kills a hung engine.
+  EngineOutcome finish(int timeoutMs = 60000, bool takeStacks = false);
+  const std::string& output() const { return outcome_.output; }
 
  private:
-  bool readSome(int timeoutMs);
-  int pid_ = -1;
-  int toChild_ = -1;
-  int fromChild_ = -1;
-  std::string output_;
+  void drain(int timeoutMs);
+  bool reap(bool block);
+  int pid_ = -1, in_ = -1, out_ = -1, err_ = -1;
+  EngineOutcome outcome_;
 };
 
-// The text the engine prints before its first prompt, without command-line options.
-std::string expectedStartup(bool withBoard = true);
-// The diagram of the start position.
-std::string startBoardDiagram();
-
-// What the engine prints between its prompts, one piece per input line
-// (console mode; `quit` is appended to the input).
-std::vector<std::string> repliesTo(const std::string& input, const std::string& workingDir = "");
+// Runs the engine on all of `input` and collects what it prints.
+EngineOutcome runEngine(const std::string& binary, const std::string& input, const std::vector<std::string>& args = {},
+                        const std::string& workingDir = "", int timeoutSeconds = 60);

@@ -65,8 +65,8 @@ inline void checkSuitePosition(const SuitePosition& p, uint64_t maxLeaves, int t
     input += "perft " + std::to_string(d.depth) + "\n";
   }
   if (wanted.empty()) GTEST_SKIP() << "every count is above the limit";
-  EngineRun run = runEngine(input + "quit\n", {}, "", timeoutSeconds);
-  ASSERT_EQ(run.exitStatus, 0) << p.fen;
+  EngineOutcome run = runEngine(TOLVA_BINARY, input + "quit\n", {}, "", timeoutSeconds);
+  ASSERT_EQ(run.status(), 0) << p.fen;
   ASSERT_EQ(run.output.find("returned an error code"), std::string::npos) << p.fen << "\n" << run.output;
 
   static const std::regex leavesLine("# Total leaves: ([0-9]+)\n");
