@@ -1,7 +1,7 @@
 // Move generation, attacks and legality trials, proved on every suite position
 // and every position one move after it: leaf counts, the generators against
 // each other, attack queries against a brute-force scan, and the trials against
-// the legal list. Then the order of the list and castling at its edges.
+// the legal list. Then the order of the list.
 #include <algorithm>
 #include <set>
 
@@ -26,26 +26,18 @@ bool attackedByScan(const Board_0x88& b, int target, Color a) {
   static const int knight[8] = {-33, -31, -18, -14, 14, 18, 31, 33}, king[8] = {-17, -16, -15, -1, 1, 15, 16, 17};
   for (int s = 0; s < 128; ++s) {
     if ((s & 0x88) || b.color[s] != a) continue;
-    const int d = target - s;
-    switch (b.piece[s]) {
-      case Pawn:
-        if (d == (a == White ? 15 : -15) || d == (a == White ? 17 : -17)) return true;
-        break;
-      case Knight:
-        if (std::count(knight, knight + 8, d)) return true;
-        break;
-      case King:
-        if (std::count(king, king + 8, d)) return true;
-        break;
-      default:
-        for (int step : king) {
-          bool straight = step == 1 || step == -1 || step == 16 || step == -16;
-          if (b.piece[s] != Queen && straight != (b.piece[s] == Rook)) continue;
-          for (int t = s + step; t >= 0 && t < 128 && !(t & 0x88); t += step) {
-            if (t == target) return true;
-            if (b.piece[t] != NoPiece) break;
-          }
-        }
+    const int d = target - s, piece = b.piece[s];
+    if ((piece == Pawn && (d == (a == White ? 15 : -15) || d == (a == White ? 17 : -17))) ||
+        (piece == Knight && std::count(knight, knight + 8, d)) || (piece == King && std::count(king, king + 8, d)))
+      return true;
+    if (piece == Pawn || piece == Knight || piece == King) continue;
+    for (int step : king) {
+      bool straight = step == 1 || step == -1 || step == 16 || step == -16;
+      if (piece != Queen && straight != (piece == Rook)) continue;
+      for (int t = s + step; t >= 0 && t < 128 && !(t & 0x88); t += step) {
+        if (t == target) return true;
+        if (b.piece[t] != NoPiece) break;
+      }
     }
   }
   return false;

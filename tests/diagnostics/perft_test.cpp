@@ -52,9 +52,7 @@ TEST(Perft, CountsNodesAndHits) {
       {startPositionFen, 5, true, false, false, 4865609, 0, ~0ull},
       {kiwipete, 3, true, false, true, 97862, 1 + 48 + 2039, 0},
       {kiwipete, 4, true, false, false, 4085603, 0, ~0ull},
-      {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 6, true, false, false, 11030083, 0, ~0ull},
       {"8/7p/p5pb/4k3/P1pPn3/8/P5PP/1rB2RK1 b - d3 0 28", 5, true, false, false, ~0ull, 0, ~0ull},  // in check, en passant at once
-      {"rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3", 1, true, false, false, 0, 1, 0},
       {"rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3", 3, true, true, false, 0, 1, 1},
       {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 3, true, true, true, 0, 1, 1},
   };
@@ -112,9 +110,7 @@ TEST(Perft, HashReplacement) {
     EXPECT_TRUE(perftEntryKey(e[s.slot]) == (s.key & PerftKeyMask) && e[s.slot].count == s.count &&
                 e[s.slot].depth == s.depth) << s.count;
   }
-  const uint8_t bytes[6] = {0x77, 0x66, 0x55, 0x44, 0x33, 0x22};  // low 48 bits, least significant first
-  perftHashStore(*table, a, 1, 1);
-  EXPECT_EQ(std::memcmp(e[0].key, bytes, 6), 0);
+  EXPECT_EQ(std::memcmp(e[0].key, "\x77\x66\x55\x44\x33\x22", 6), 0);  // low 48 bits, least significant first
   std::memset(&e[2], 0, sizeof e[2]);  // a cleared entry is free again
   perftHashStore(*table, 0x99, 80, 1);
   EXPECT_EQ(perftEntryKey(e[2]), 0x99u);
