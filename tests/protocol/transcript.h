@@ -51,13 +51,10 @@ struct Row {
 
 // Sends all rows and `quit`, and compares the whole output; a difference is
 // reported at the first row that it touches.
-// `mask` replaces what varies from run to run.
-inline void expectTranscript(const std::vector<Row>& rows, const std::vector<std::string>& args = {},
-                             const std::string& dir = "", std::string (*mask)(const std::string&) = nullptr) {
+inline void expectTranscript(const std::vector<Row>& rows) {
   std::string input;
   for (const Row& row : rows) input += row.line + "\n";
-  EngineOutcome out = run(input + "quit\n", args, dir);
-  if (mask) out.output = mask(out.output);
+  const EngineOutcome out = run(input + "quit\n");
   EXPECT_EQ(out.status(), 0);
   std::string expected = startup + prompt;
   bool console = true;
@@ -76,8 +73,8 @@ inline void expectTranscript(const std::vector<Row>& rows, const std::vector<std
 
 // What the engine prints between its prompts, one piece per input line
 // (console mode; `quit` is appended to the input).
-inline std::vector<std::string> repliesTo(const std::string& input, const std::string& dir = "") {
-  const std::string output = run(input + "quit\n", {}, dir).output;
+inline std::vector<std::string> repliesTo(const std::string& input) {
+  const std::string output = run(input + "quit\n").output;
   std::vector<std::string> pieces;
   for (size_t at = output.find(prompt), next; at != std::string::npos; at = next) {
     if ((next = output.find(prompt, at + prompt.size())) == std::string::npos) break;
