@@ -119,8 +119,7 @@ RunRecord execute(const FuzzSequence& header, const StepSource& source) {
   const std::filesystem::path dir = std::filesystem::temp_directory_path() / ("tolva-fuzz-" + std::to_string(getpid()));
   std::filesystem::create_directories(dir);
   for (std::ofstream ini(dir / "tolva.ini"); const std::string& line : header.iniLines) ini << line << "\n";
-  std::ofstream(dir / "fens.txt") << "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1\n8/8/8/8/8/8/8/8 w - - 0 1\nnot a fen\n\n"
-                                  << std::string(130, '4') << "\nr3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
+  std::ofstream(dir / "fens.txt") << "4k3/8/8/8/8/8/8/4K3 w - - 0 1\n8/8/8/8/8/8/8/8 w - - 0 1\nnot a fen\n\n" << std::string(130, '4');
   EngineProcess engine(options.engine, header.engineArgs, dir.string(), true);
   GameTracker tracker;
   for (bool gone = !engine.started(); !gone;) {

@@ -30,9 +30,7 @@ class GameTracker {
   void take(const std::string& line);
   bool explains(const std::string& command, const std::string& placement);
 
-  struct NoEngine : EngineInterface {
-    void makeEngineMove(Move&) override {}
-  } noEngine_;
+  struct NoEngine : EngineInterface { void makeEngineMove(Move&) override {} } noEngine_;
   TimeControl clock_;
   ChessPlayer game_{&clock_, &noEngine_};
   bool known_ = true;

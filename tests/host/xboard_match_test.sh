@@ -71,29 +71,22 @@ $(grep -E '^[0-9]+ <first : ' "$log" 2>/dev/null | tail -n 15)"
   fi
   sleep 1
 done
-[ "$failed" = 0 ] && echo "xboard ended after $((SECONDS - started)) s"
 xboard_stop
 [ -s "$pgn" ] || fail "xboard saved no game"
 
 # One record per game: White, Black, result tag, result token, the comment in front of it, moves.
 summary=$(awk '
   function flush() {
-    if (seen) {
-      token = ""; comment = ""; text = body
-      if (match(text, /(1-0|0-1|1\/2-1\/2|\*)[ \t]*$/)) {
-        token = substr(text, RSTART, RLENGTH); sub(/[ \t]+$/, "", token)
-        text = substr(text, 1, RSTART - 1); sub(/[ \t]+$/, "", text)
-        if (text ~ /\}$/) { start = 0; for (i = length(text); i > 0 && !start; i--) if (substr(text, i, 1) == "{") start = i
-                            if (start) comment = substr(text, start + 1, length(text) - start - 1) }
-      }
-      moves = 0; n = split(body, words, /[ \t]+/)
-      for (i = 1; i <= n; i++) if (words[i] ~ /^[0-9]+\.$/) moves++
-      printf "%s\t%s\t%s\t%s\t%s\t%d\n", tag["White"], tag["Black"], tag["Result"], token, comment, moves
+    if (!seen) return
+    token = ""; comment = ""; text = body; moves = gsub(/ [0-9]+\./, "&", body)
+    if (match(text, /(1-0|0-1|1\/2-1\/2|\*)[ \t]*$/)) {
+      token = substr(text, RSTART, RLENGTH); sub(/[ \t]+$/, "", token); text = substr(text, 1, RSTART - 1)
+      if (match(text, /\{[^{}]*\}[ \t]*$/)) { comment = substr(text, RSTART + 1); sub(/\}[ \t]*$/, "", comment) }
     }
-    seen = 0; body = ""; delete tag
+    printf "%s\t%s\t%s\t%s\t%s\t%d\n", tag["White"], tag["Black"], tag["Result"], token, comment, moves
   }
-  /^\[Event / { flush(); seen = 1; next }
-  /^\[(White|Black|Result) "/ { name = substr($1, 2); value = $0; sub(/^[^"]*"/, "", value); sub(/"\]$/, "", value); tag[name] = value; next }
+  /^\[Event / { flush(); seen = 1; body = ""; delete tag; next }
+  /^\[(White|Black|Result) "/ { value = $0; sub(/^[^"]*"/, "", value); sub(/"\]$/, "", value); tag[substr($1, 2)] = value; next }
   /^\[/ { next }
   { body = body " " $0 }
   END { flush() }

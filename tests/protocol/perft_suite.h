@@ -12,10 +12,7 @@
 
 #include "protocol/engine_process.h"
 
-struct SuiteDepth {
-  unsigned depth;
-  uint64_t leaves;
-};
+struct SuiteDepth { unsigned depth; uint64_t leaves; };
 
 struct SuitePosition {
   unsigned line;  // in the file, from 1

@@ -37,17 +37,13 @@ struct Session : EngineProcess {
   int end(int timeoutSeconds = 60) { return finish(timeoutSeconds * 1000).status(); }
 };
 
-inline size_t count(const std::string& text, const std::string& needle) {
-  size_t n = 0;
-  for (size_t at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1)) ++n;
-  return n;
+inline size_t count(const std::string& text, const std::string& needle, size_t from = 0) {
+  return (from = text.find(needle, from)) == std::string::npos ? 0 : 1 + count(text, needle, from + 1);
 }
 
 // An input line (or several) and what the engine answers to it. In console
 // mode a prompt follows every line; `xboard` ends the prompts.
-struct Row {
-  std::string line, reply;
-};
+struct Row { std::string line, reply; };
 
 // Sends all rows and `quit`, and compares the whole output; a difference is
 // reported at the first row that it touches.

@@ -22,6 +22,8 @@ std::string missingArgs(unsigned n, const std::string& line) {
 std::string tooManyArgs(unsigned n, const std::string& line) {
   return "Error (too many arguments, expected at most " + std::to_string(n) + "): " + line + "\n" + commandError(line);
 }
+Row missing(unsigned n, const std::string& line) { return {line, missingArgs(n, line)}; }
+Row tooMany(unsigned n, const std::string& line) { return {line, tooManyArgs(n, line)}; }
 std::string coresLine(unsigned requested, unsigned current) {
   return "# will now use " + std::to_string(std::min(requested, maxCores)) + " cores (requested=" +
          std::to_string(requested) + ", current=" + std::to_string(current) + ", max=" + std::to_string(maxCores) + ")\n";
@@ -99,13 +101,11 @@ TEST(CommandLoopTest, ConsoleTranscript) {
   const std::string longLine = std::string(1023, 'x') + "protover 1 2";
   std::vector<Row> rows = {
       // Argument counts, checked before any handler runs.
-      {"protover", missingArgs(1, "protover")}, {"protover 2 3", tooManyArgs(1, "protover 2 3")},
-      {"level 40 5 0 1", tooManyArgs(3, "level 40 5 0 1")},
-      {"setboard 8/8/8/8/8/8/8/K1k5 w", missingArgs(4, "setboard 8/8/8/8/8/8/8/K1k5 w")},
-      {"tune", missingArgs(1, "tune")}, {"tune x", ""}, {"tune x y", ""}, {"tune x y z", tooManyArgs(2, "tune x y z")},
+      missing(1, "protover"), tooMany(1, "protover 2 3"), tooMany(3, "level 40 5 0 1"),
+      missing(4, "setboard 8/8/8/8/8/8/8/K1k5 w"),
+      missing(1, "tune"), {"tune x", ""}, {"tune x y", ""}, tooMany(2, "tune x y z"),
       // Two blanks make an empty argument.
-      {"usermove  e2e4", tooManyArgs(1, "usermove  e2e4")}, {"ping", missingArgs(1, "ping")},
-      {"quit 1", tooManyArgs(0, "quit 1")}, fails("auto 1"),
+      tooMany(1, "usermove  e2e4"), missing(1, "ping"), tooMany(0, "quit 1"), fails("auto 1"),
       // Unknown words and empty lines are dropped without a word.
       {"QUIT", ""}, {"e2e4", ""}, {"usermove\t e2e4", ""}, {" quit", ""}, {"hello world", ""}, {"", ""},
       {"   ", ""}, {"\r", ""}, {"\t", ""}, {"\t ", ""}, {"st 10", ""}, {"computer", ""},
@@ -130,16 +130,10 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"level 99999999999 99999999999:99999999999 99999999999", ""}, {"time 99999999999999999999", ""},
       // Diagnostics that refuse their arguments leave the engine working.
       fails("randgames 0"), fails("randgames -5"), fails("randgames x"), fails("randpos 0"),
-      {"randpos 3 /nonexistent/dir/file",
-       "# ERROR: failed to open file \"/nonexistent/dir/file\" for writing" + commandError("randpos 3 /nonexistent/dir/file")},
-      {"test /nonexistent/x.fen",
-       "# ERROR: failed to open file \"/nonexistent/x.fen\" for reading\n" + commandError("test /nonexistent/x.fen")},
-      {"test /etc", "# ERROR: failed to open file \"/etc\" for reading\n" + commandError("test /etc")},
-      fails("perft x"), fails("divide -3"),
-      fails("divide 0"), {"perft", missingArgs(1, "perft")}, {"perft 1 2", tooManyArgs(1, "perft 1 2")},
+      fails("randpos 3 /no/file", "# ERROR: failed to open file \"/no/file\" for writing"),
+      fails("test /etc", "# ERROR: failed to open file \"/etc\" for reading\n"), fails("perft x"), fails("divide 0"),
       {"egtpath syzygy /tb", "# invalid TB type: syzygy\n" + commandError("egtpath syzygy /tb")},
-      {"egtpath gaviota", missingArgs(2, "egtpath gaviota")},
-      {"egtpath gaviota " + gtb4, "# initializing TB: type=gaviota path=" + gtb4 + "\n"},
+      missing(2, "egtpath gaviota"), {"egtpath gaviota " + gtb4, "# initializing TB: type=gaviota path=" + gtb4 + "\n"},
       {"randgame", ""}, {"norandgame", ""}, {"nobook", ""}, {"book", ""}, {"post", ""}, {"nopost", ""},
       // Options: set, printed, or refused; sizes wait for the next set-up.
       {"option ttHashSizeMB=1048576", setting("ttHashSizeMB=1048576")},
@@ -154,8 +148,7 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       refused("ttHashSizeMB", "", "option ttHashSizeMB"), refused("pawnHashSizeMB", ""),
       fails("option foo=1", "Error (unknown option name): foo\n"),
       fails("option TTHASHSIZEMB=5", "Error (unknown option name): TTHASHSIZEMB\n"),
-      fails("option =5", "Error (unknown option name): \n"),
-      {"option gtbPath=C:/a b", tooManyArgs(1, "option gtbPath=C:/a b")}, {"option", missingArgs(1, "option")},
+      tooMany(1, "option gtbPath=C:/a b"), missing(1, "option"),
       fails("cores 0"), fails("cores x"), {"cores 3", coresLine(3, 1)},
       // The argument of protover isn't looked at; the changed sizes come before "done".
       {"protover x", features("0", "/a;/b", "my.bin") + sizes(16, 4) + "feature done=1\n"},
