@@ -19,9 +19,9 @@ namespace {
 
 struct Options {
   std::string engine, replay, out;
-  uint64_t seed = 0, first = 0, sequences = 100;
+  uint64_t seed = 0, sequences = 100;
   int maxCores = 2, repeat = 1;
-  bool shrink = false, verbose = false;
+  bool shrink = false;
 } options;
 
 // What went wrong in a run; no kind is a pass. Shrinking keeps only
@@ -35,7 +35,7 @@ struct RunRecord {
   FuzzSequence sequence;  // the steps as they were sent
   EngineOutcome outcome;
   Failure failure;
-  uint64_t movesChecked = 0;
+  uint64_t movesChecked;
 };
 
 // The file form, one step a line: "args -cores 2", "ini ttHashSizeMB = 4",
@@ -83,8 +83,8 @@ bool parseSequence(std::istream& in, FuzzSequence& sequence) {
   return true;
 }
 
-size_t countLines(const FuzzSequence& sequence) {
-  return size_t(std::count_if(sequence.steps.begin(), sequence.steps.end(), [](const FuzzStep& s) { return s.kind == FuzzStep::Send; }));
+size_t countLines(const FuzzSequence& s) {
+  return size_t(std::count_if(s.steps.begin(), s.steps.end(), [](const FuzzStep& step) { return step.kind == FuzzStep::Send; }));
 }
 
 Failure judge(const EngineOutcome& outcome, const GameTracker& tracker) {
@@ -102,7 +102,7 @@ Failure judge(const EngineOutcome& outcome, const GameTracker& tracker) {
     for (size_t at; (at = signature.find("(Color)")) != std::string::npos;) signature.replace(at, 8, "*");
     return {"sanitizer report", signature, outcome.errors.substr(0, 6000)};
   }
-  if (outcome.hung) return {"hang", "no exit after the end of input", outcome.stacks.empty() ? "(no thread stacks)\n" : outcome.stacks};
+  if (outcome.hung) return {"hang", "no exit after the end of input", outcome.errors};
   if (outcome.signal) return {"crash", "signal " + std::to_string(outcome.signal) + " (" + strsignal(outcome.signal) + ")", outcome.errors};
   if (outcome.exitCode != 0) return {"exit status", "exit status " + std::to_string(outcome.exitCode), outcome.errors};
   if (outcome.exitedEarly && !tracker.quitRead()) return {"early exit", "exited before the end of input without quit", ""};
@@ -118,11 +118,8 @@ RunRecord execute(const FuzzSequence& header, const StepSource& source) {
   // The engine runs in a folder of its own, with its ini file and a FEN file for `test`.
   const std::filesystem::path dir = std::filesystem::temp_directory_path() / ("tolva-fuzz-" + std::to_string(getpid()));
   std::filesystem::create_directories(dir);
-  std::ofstream ini(dir / "tolva.ini");
-  for (const std::string& line : header.iniLines) ini << line << "\n";
-  ini.close();
-  std::ofstream(dir / "fens.txt") << "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1\n8/8/8/8/8/8/8/8 w - - 0 1\nnot a fen\n\n"
-                                  << std::string(130, '4') << "\nr3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
+  for (std::ofstream ini(dir / "tolva.ini"); const std::string& line : header.iniLines) ini << line << "\n";
+  std::ofstream(dir / "fens.txt") << "4k3/8/8/8/8/8/8/4K3 w - - 0 1\n8/8/8/8/8/8/8/8 w - - 0 1\nnot a fen\n\n" << std::string(130, '4');
   EngineProcess engine(options.engine, header.engineArgs, dir.string(), true);
   GameTracker tracker;
   for (bool gone = !engine.started(); !gone;) {
@@ -140,13 +137,11 @@ RunRecord execute(const FuzzSequence& header, const StepSource& source) {
       tracker.onOutput(engine.output());
     }
   }
-  record.outcome = engine.finish(30000, true);
+  record.outcome = engine.finish(30000);
   tracker.onInput("", true);
   tracker.onOutput(record.outcome.output + "\n");
-  record.failure = judge(record.outcome, tracker);
-  record.movesChecked = tracker.movesChecked;
   std::filesystem::remove_all(dir);
-  return record;
+  return {record.sequence, record.outcome, judge(record.outcome, tracker), tracker.movesChecked};
 }
 
 RunRecord replaySequence(const FuzzSequence& sequence) {
@@ -211,21 +206,16 @@ int run() {
   GeneratorSettings settings{options.maxCores, TOLVA_TEST_DATA_DIR, TOLVA_GAVIOTA_DIR, {}};
   std::ifstream suite(settings.dataDir + "/perft-suite.epd");
   for (std::string line; std::getline(suite, line);) settings.seedFens.push_back(line.substr(0, line.find(" ;")));
-  std::cout << "tolva_command_fuzzer: seed " << options.seed << ", sequences " << options.first << ".."
-            << options.first + options.sequences - 1 << ", up to " << options.maxCores << " cores" << std::endl;
+  std::cout << "tolva_command_fuzzer: seed " << options.seed << ", " << options.sequences << " sequences" << std::endl;
   uint64_t lines = 0, moves = 0;
-  for (uint64_t index = options.first; index < options.first + options.sequences; ++index) {
-    // Each sequence has a seed of its own, so one can be drawn again alone with --first.
-    CommandGenerator generator(FuzzRandom(options.seed ^ (index * 0x9e3779b97f4a7c15ull)).next(), settings);
+  for (uint64_t index = 0; index < options.sequences; ++index) {
+    CommandGenerator generator(options.seed * 1000003 + index, settings);
     FuzzSequence header;
     generator.begin(header);
     header.comment = "seed " + std::to_string(options.seed) + ", sequence " + std::to_string(index);
     RunRecord record = execute(header, [&](const Board_0x88* board) { return generator.next(board); });
     lines += countLines(record.sequence);
     moves += record.movesChecked;
-    if (options.verbose)
-      std::cout << "sequence " << index << ": " << countLines(record.sequence) << " lines, " << record.movesChecked << " engine moves checked"
-                << std::endl;
     if (record.failure.kind.empty()) continue;
     std::cout << "sequence " << index << " FAILED: " << record.failure.kind << ": " << record.failure.signature << std::endl;
     record.sequence.comment += ", " + record.failure.kind + ": " + record.failure.signature;
@@ -244,7 +234,6 @@ int replay() {
   if (!file || !parseSequence(file, sequence)) return std::cerr << "tolva_command_fuzzer: cannot read " << options.replay << "\n", 2;
   for (int i = 1; i <= options.repeat; ++i) {
     RunRecord record = replaySequence(sequence);
-    if (options.verbose) std::cout << "==== output:\n" << record.outcome.output << "\n==== errors:\n" << record.outcome.errors << "\n";
     std::cout << "replay " << i << ": " << countLines(sequence) << " lines, " << record.movesChecked << " engine moves checked: "
               << (record.failure.kind.empty() ? "passed" : record.failure.kind + ": " + record.failure.signature) << std::endl;
     if (record.failure.kind.empty()) continue;
@@ -261,11 +250,10 @@ int main(int argc, char** argv) {
   options.seed = uint64_t(std::chrono::system_clock::now().time_since_epoch().count()) % 1000000000ull;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i], value = i + 1 < argc ? argv[i + 1] : "";
-    if (arg == "--shrink" || arg == "--verbose") (arg == "--shrink" ? options.shrink : options.verbose) = true, --i;
+    if (arg == "--shrink") options.shrink = true, --i;
     else if (arg == "--engine") options.engine = value;
     else if (arg == "--seed") options.seed = std::strtoull(value.c_str(), nullptr, 10);
     else if (arg == "--sequences") options.sequences = std::strtoull(value.c_str(), nullptr, 10);
-    else if (arg == "--first") options.first = std::strtoull(value.c_str(), nullptr, 10);
     else if (arg == "--cores") options.maxCores = std::max(1, std::atoi(value.c_str()));
     else if (arg == "--replay") options.replay = value;
     else if (arg == "--repeat") options.repeat = std::max(1, std::atoi(value.c_str()));
@@ -274,8 +262,8 @@ int main(int argc, char** argv) {
     ++i;
   }
   if (options.engine.empty() || access(options.engine.c_str(), X_OK) != 0) {
-    std::cerr << "usage: tolva_command_fuzzer --engine PATH [--seed N] [--sequences N] [--first N] [--cores N] [--out FILE] [--verbose]\n"
-                 "       tolva_command_fuzzer --engine PATH --replay FILE [--repeat N] [--shrink] [--out FILE] [--verbose]\n";
+    std::cerr << "usage: tolva_command_fuzzer --engine PATH [--seed N] [--sequences N] [--cores N] [--out FILE]\n"
+                 "       tolva_command_fuzzer --engine PATH --replay FILE [--repeat N] [--shrink] [--out FILE]\n";
     return 2;
   }
   options.engine = std::filesystem::absolute(options.engine).string();

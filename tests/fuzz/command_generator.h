@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -24,24 +25,14 @@ struct FuzzSequence {
   std::string comment;
 };
 
-// SplitMix64: small, fast, and the same numbers on every platform.
-class FuzzRandom {
- public:
-  explicit FuzzRandom(uint64_t seed) : state_(seed) {}
-  uint64_t next() {
-    uint64_t z = (state_ += 0x9e3779b97f4a7c15ull);
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-    return z ^ (z >> 31);
-  }
-  uint32_t below(uint32_t n) { return uint32_t(next() % n); }
+// The standard fixes the numbers of mt19937_64, so a seed draws the same sequence everywhere.
+struct FuzzRandom : std::mt19937_64 {
+  using std::mt19937_64::mt19937_64;
+  uint32_t below(uint32_t n) { return uint32_t((*this)() % n); }
   int range(int low, int high) { return low + int(below(uint32_t(high - low + 1))); }
-  bool chance(double p) { return double(next() >> 11) * (1.0 / 9007199254740992.0) < p; }
+  bool chance(double p) { return below(1000000) < p * 1000000; }
   template <typename T>
   const T& pick(const std::vector<T>& items) { return items[below(uint32_t(items.size()))]; }
-
- private:
-  uint64_t state_;
 };
 
 struct GeneratorSettings {

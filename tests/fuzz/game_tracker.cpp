@@ -13,7 +13,6 @@
 namespace {
 
 const std::string prompt = "# Your move: ";
-constexpr size_t lineBuffer = LineBufferSize;
 
 // The legal move of the position with this text (letters in either case), or NoMove.
 Move legalMove(Board_0x88& board, std::string text) {
@@ -39,21 +38,17 @@ const Board_0x88* GameTracker::playableBoard() const {
   return known_ && game_.hasPlayablePosition() ? game_.board.get() : nullptr;
 }
 
-void GameTracker::lose() {
-  lostTrack += known_;
-  known_ = false;
-}
-
 // The lines as fgets hands them to the engine, trimmed like the engine does.
 void GameTracker::onInput(const std::string& bytes, bool atEnd) {
   pendingInput_ += bytes;
   for (;;) {
     const size_t newline = pendingInput_.find('\n');
     size_t length = pendingInput_.size();
-    if (newline != std::string::npos && newline < lineBuffer - 1) length = newline + 1;
-    else if (length >= lineBuffer - 1) length = lineBuffer - 1;
+    const size_t most = LineBufferSize - 1;
+    if (newline != std::string::npos && newline < most) length = newline + 1;
+    else if (length >= most) length = most;
     else if (!atEnd || length == 0) return;
-    char line[lineBuffer];
+    char line[LineBufferSize];
     std::copy_n(pendingInput_.begin(), length, line);
     line[length] = '\0';
     pendingInput_.erase(0, length);
@@ -139,7 +134,7 @@ void GameTracker::take(const std::string& line) {
         known_ = true;
         return;
       }
-    if (known_ && placementOf(*game_.board) != placement) lose();
+    if (known_ && placementOf(*game_.board) != placement) known_ = false;
     return;
   }
   // A refused line took no effect: its error names it.
@@ -156,5 +151,5 @@ void GameTracker::take(const std::string& line) {
   if (move == NoMove && engineMove && problem.empty())
     problem = (game_.hasPlayablePosition() ? "illegal engine move " : "engine move in a position that can't be played: ") +
               text + " in " + positionToFen(*game_.board);
-  if (move == NoMove || !game_.recordMove(move)) lose();
+  if (move == NoMove || !game_.recordMove(move)) known_ = false;
 }

@@ -24,16 +24,13 @@ class GameTracker {
   const Board_0x88* playableBoard() const;
   bool quitRead() const { return quitRead_; }
   std::string problem;  // the first illegal engine move
-  uint64_t movesChecked = 0, lostTrack = 0;
+  uint64_t movesChecked = 0;
 
  private:
   void take(const std::string& line);
   bool explains(const std::string& command, const std::string& placement);
-  void lose();
 
-  struct NoEngine : EngineInterface {
-    void makeEngineMove(Move&) override {}
-  } noEngine_;
+  struct NoEngine : EngineInterface { void makeEngineMove(Move&) override {} } noEngine_;
   TimeControl clock_;
   ChessPlayer game_{&clock_, &noEngine_};
   bool known_ = true;

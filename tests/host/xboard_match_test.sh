@@ -21,10 +21,7 @@ tolva=${1:-}
 games=${2:-2}
 timeout_seconds=${TOLVA_HOST_TIMEOUT:-600}
 failed=0
-fail() {
-  echo "FAIL: $*"
-  failed=1
-}
+fail() { echo "FAIL: $*"; failed=1; }
 
 [ -n "$tolva" ] && [ -x "$tolva" ] || { echo "FAIL: no engine binary given or not executable: '$tolva'"; exit 1; }
 tolva=$(readlink -f "$tolva")
@@ -42,10 +39,7 @@ first_options=ttHashSizeMB=16,pawnHashSizeMB=4,gtbCacheSizeMB=8
 pgn=$work/games.pgn
 log=$work/xboard-debug.log
 # shellcheck disable=SC2317  # called through the trap
-cleanup() {
-  xboard_stop
-  if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files of this run kept in $work"; fi
-}
+cleanup() { xboard_stop; if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi; }
 trap cleanup EXIT
 trap 'failed=1; exit 1' INT TERM
 
@@ -59,9 +53,7 @@ xboard_start "$work" -fcp "$tolva" -fd "$work/tolva" -fn Tolva -firstOptions "$f
 
 # Tolva lives through the whole match (xboard reuses it), and xboard stays
 # waiting when an engine dies: watch for that instead of running into the timeout.
-started=$SECONDS
-tolva_seen=0
-tolva_gone=0
+started=$SECONDS tolva_seen=0 tolva_gone=0
 while kill -0 "$xboard_pid" 2>/dev/null; do
   if ((SECONDS - started > timeout_seconds)); then
     fail "xboard did not finish the match within $timeout_seconds s"
@@ -79,37 +71,28 @@ $(grep -E '^[0-9]+ <first : ' "$log" 2>/dev/null | tail -n 15)"
   fi
   sleep 1
 done
-[ "$failed" = 0 ] && echo "xboard ended after $((SECONDS - started)) s"
 xboard_stop
 [ -s "$pgn" ] || fail "xboard saved no game"
 
 # One record per game: White, Black, result tag, result token, the comment in front of it, moves.
 summary=$(awk '
   function flush() {
-    if (seen) {
-      token = ""; comment = ""; text = body
-      if (match(text, /(1-0|0-1|1\/2-1\/2|\*)[ \t]*$/)) {
-        token = substr(text, RSTART, RLENGTH); sub(/[ \t]+$/, "", token)
-        text = substr(text, 1, RSTART - 1); sub(/[ \t]+$/, "", text)
-        if (text ~ /\}$/) { start = 0; for (i = length(text); i > 0 && !start; i--) if (substr(text, i, 1) == "{") start = i
-                            if (start) comment = substr(text, start + 1, length(text) - start - 1) }
-      }
-      moves = 0; n = split(body, words, /[ \t]+/)
-      for (i = 1; i <= n; i++) if (words[i] ~ /^[0-9]+\.$/) moves++
-      printf "%s\t%s\t%s\t%s\t%s\t%d\n", tag["White"], tag["Black"], tag["Result"], token, comment, moves
+    if (!seen) return
+    token = ""; comment = ""; text = body; moves = gsub(/ [0-9]+\./, "&", body)
+    if (match(text, /(1-0|0-1|1\/2-1\/2|\*)[ \t]*$/)) {
+      token = substr(text, RSTART, RLENGTH); sub(/[ \t]+$/, "", token); text = substr(text, 1, RSTART - 1)
+      if (match(text, /\{[^{}]*\}[ \t]*$/)) { comment = substr(text, RSTART + 1); sub(/\}[ \t]*$/, "", comment) }
     }
-    seen = 0; body = ""; delete tag
+    printf "%s\t%s\t%s\t%s\t%s\t%d\n", tag["White"], tag["Black"], tag["Result"], token, comment, moves
   }
-  /^\[Event / { flush(); seen = 1; next }
-  /^\[(White|Black|Result) "/ { name = substr($1, 2); value = $0; sub(/^[^"]*"/, "", value); sub(/"\]$/, "", value); tag[name] = value; next }
+  /^\[Event / { flush(); seen = 1; body = ""; delete tag; next }
+  /^\[(White|Black|Result) "/ { value = $0; sub(/^[^"]*"/, "", value); sub(/"\]$/, "", value); tag[substr($1, 2)] = value; next }
   /^\[/ { next }
   { body = body " " $0 }
   END { flush() }
 ' "$pgn" 2>/dev/null)
 
-played=0
-tolva_white=0
-tolva_black=0
+played=0 tolva_white=0 tolva_black=0
 while IFS=$'\t' read -r white black result token comment moves; do
   [ -z "$white$black" ] && continue
   played=$((played + 1))
@@ -173,12 +156,8 @@ else
 fi
 
 if [ "$failed" != 0 ]; then
-  echo "---- xboard output (last lines) ----"
-  tail -n 20 "$work/xboard-output.txt" 2>/dev/null
-  echo "---- saved games ----"
-  cat "$pgn" 2>/dev/null
-  echo "---- debug log (last lines) ----"
-  tail -n 40 "$log" 2>/dev/null
+  { echo "---- xboard output ----"; tail -n 20 "$work/xboard-output.txt"; echo "---- games ----"; cat "$pgn"
+    echo "---- debug log ----"; tail -n 40 "$log"; } 2>/dev/null
   exit 1
 fi
 echo "PASS: $played games finished, no illegal move, no crash, no loss on time; options answered, book openings"

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 
 namespace {
 
@@ -109,18 +108,12 @@ void EngineProcess::closeInput() {
   if (in_ >= 0) close(in_), in_ = -1;
 }
 
-EngineOutcome EngineProcess::finish(int timeoutMs, bool takeStacks) {
+EngineOutcome EngineProcess::finish(int timeoutMs) {
   if (in_ >= 0) outcome_.exitedEarly = reap(false), closeInput();
   for (auto deadline = after(timeoutMs); (pid_ > 0 && !reap(false)) || out_ >= 0 || err_ >= 0; drain(20))
     if (Clock::now() > deadline) break;
   if (pid_ > 0) {
     outcome_.hung = true;
-    if (takeStacks) {
-      FILE* gdb = popen(("timeout 60 gdb -q -batch -p " + std::to_string(pid_) + " -ex 'thread apply all bt 30' 2>/dev/null").c_str(), "r");
-      char buffer[4096];
-      for (size_t n; gdb && (n = fread(buffer, 1, sizeof buffer, gdb)) > 0;) outcome_.stacks.append(buffer, n);
-      if (gdb) pclose(gdb);
-    }
     kill(pid_, SIGKILL), reap(true);
     for (int i = 0; i < 10 && (out_ >= 0 || err_ >= 0); ++i) drain(10);  // what the killed engine left
   }

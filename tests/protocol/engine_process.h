@@ -11,7 +11,6 @@ struct EngineOutcome {
   int exitCode = -1, signal = 0;
   bool hung = false;         // no exit within the time limit after the end of input: killed
   bool exitedEarly = false;  // gone before its input was closed
-  std::string stacks;        // the threads of a hung engine, when gdb could take them
   // The exit code, or -1 when hung or ended by a signal.
   int status() const { return hung || signal ? -1 : exitCode; }
 };
@@ -33,7 +32,7 @@ class EngineProcess {
   void closeInput();
   bool inputClosed() const { return in_ < 0; }
   // Closes the input, waits up to `timeoutMs` for the exit, kills a hung engine.
-  EngineOutcome finish(int timeoutMs = 60000, bool takeStacks = false);
+  EngineOutcome finish(int timeoutMs = 60000);
   const std::string& output() const { return outcome_.output; }
 
  private:

@@ -9,25 +9,22 @@ const std::string afterE2e4 = diagram({"rnbqkbnr", "pppppppp", "........", "....
 
 // Commands sent right after the engine's move, and random moves on two threads.
 TEST(GameHandoverTest, CommandsRightAfterTheEngineMove) {
-  const struct {
-    const char *start, *after;  // `start` makes the engine move once; `after` follows the move at once
-  } cases[] = {
-      {"new\nforce\nsd 3\ngo\n", "auto\n"},
-      {"new\nsd 3\nusermove b2b3\n", "time 2764\notim 2764\n"},
-      {"cores 2\nnew\nforce\nrandgame\ngo\n", "auto\n"},
-  };
-  for (const auto& c : cases) {
+  // Each makes the engine move once; the second follows the move at once.
+  const std::pair<const char*, const char*> cases[] = {{"new\nforce\nsd 3\ngo\n", "auto\n"},
+                                                       {"new\nsd 3\nusermove b2b3\n", "time 2764\notim 2764\n"},
+                                                       {"cores 2\nnew\nforce\nrandgame\ngo\n", "auto\n"}};
+  for (const auto& [start, after] : cases) {
     Session engine({"-cores", "2"});
     engine.send("xboard\n");
     for (int round = 1; round <= 5; ++round) {
-      engine.send(c.start);
-      ASSERT_TRUE(engine.waitFor("\nmove ", 60)) << c.start;
-      engine.send(std::string(c.after) + "ping " + std::to_string(round) + "\n");
-      ASSERT_TRUE(engine.waitFor("pong " + std::to_string(round) + "\n", 60)) << c.start;
+      engine.send(start);
+      ASSERT_TRUE(engine.waitFor("\nmove ", 60)) << start;
+      engine.send(std::string(after) + "ping " + std::to_string(round) + "\n");
+      ASSERT_TRUE(engine.waitFor("pong " + std::to_string(round) + "\n", 60)) << start;
       engine.send("force\n");
     }
     engine.send("quit\n");
-    EXPECT_EQ(engine.end(), 0) << c.start << "\n" << engine.output();
+    EXPECT_EQ(engine.end(), 0) << start << "\n" << engine.output();
   }
 }
 

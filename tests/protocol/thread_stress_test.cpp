@@ -68,27 +68,4 @@ TEST(ThreadStressTest, CancelledSearchesPlayNoMove) {
   }
 }
 
-// Quit and end of input at any moment of a search; a search with a limit
-// then plays its move once.
-TEST(ThreadStressTest, QuitAndEndOfInputInTheMiddleOfASearch) {
-  const struct {
-    std::string input;
-    size_t moves;
-  } cases[] = {{"xboard\nnew\nlevel 40 60 0\nusermove e2e4\nquit\n", 0}, {"xboard\nanalyze\n", 0},
-               {"xboard\nanalyze\nusermove e2e4\n", 0}, {"xboard\nnew\nsd 5\nusermove e2e4\n", 1},
-               {"xboard\nnew\nlevel 40 0:10 0\nusermove e2e4\n", 1}};
-  std::mt19937 random(1234);
-  for (int round = 0; round < 30; ++round) {
-    const std::vector<std::string> args = {"-cores", std::to_string(1 << round % 3)};
-    const auto& c = cases[round % std::size(cases)];
-    Session engine(args);
-    engine.send(c.input);
-    // Half the time the end of input comes while the search is under way.
-    if (round % 2) std::this_thread::sleep_for(std::chrono::microseconds(random() % 30000));
-    ASSERT_EQ(engine.end(), 0) << c.input << engine.output();
-    EXPECT_EQ(count(engine.output(), "\nmove "), c.moves) << engine.output();
-    EXPECT_EQ(malformedLines(engine.output()), "");
-  }
-}
-
 }  // namespace

@@ -37,27 +37,20 @@ struct Session : EngineProcess {
   int end(int timeoutSeconds = 60) { return finish(timeoutSeconds * 1000).status(); }
 };
 
-inline size_t count(const std::string& text, const std::string& needle) {
-  size_t n = 0;
-  for (size_t at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1)) ++n;
-  return n;
+inline size_t count(const std::string& text, const std::string& needle, size_t from = 0) {
+  return (from = text.find(needle, from)) == std::string::npos ? 0 : 1 + count(text, needle, from + 1);
 }
 
 // An input line (or several) and what the engine answers to it. In console
 // mode a prompt follows every line; `xboard` ends the prompts.
-struct Row {
-  std::string line, reply;
-};
+struct Row { std::string line, reply; };
 
 // Sends all rows and `quit`, and compares the whole output; a difference is
 // reported at the first row that it touches.
-// `mask` replaces what varies from run to run.
-inline void expectTranscript(const std::vector<Row>& rows, const std::vector<std::string>& args = {},
-                             const std::string& dir = "", std::string (*mask)(const std::string&) = nullptr) {
+inline void expectTranscript(const std::vector<Row>& rows) {
   std::string input;
   for (const Row& row : rows) input += row.line + "\n";
-  EngineOutcome out = run(input + "quit\n", args, dir);
-  if (mask) out.output = mask(out.output);
+  const EngineOutcome out = run(input + "quit\n");
   EXPECT_EQ(out.status(), 0);
   std::string expected = startup + prompt;
   bool console = true;
@@ -76,8 +69,8 @@ inline void expectTranscript(const std::vector<Row>& rows, const std::vector<std
 
 // What the engine prints between its prompts, one piece per input line
 // (console mode; `quit` is appended to the input).
-inline std::vector<std::string> repliesTo(const std::string& input, const std::string& dir = "") {
-  const std::string output = run(input + "quit\n", {}, dir).output;
+inline std::vector<std::string> repliesTo(const std::string& input) {
+  const std::string output = run(input + "quit\n").output;
   std::vector<std::string> pieces;
   for (size_t at = output.find(prompt), next; at != std::string::npos; at = next) {
     if ((next = output.find(prompt, at + prompt.size())) == std::string::npos) break;
