@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "quiet_search.h"
 #include "board/fen.h"
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
@@ -66,22 +67,12 @@ void BM_EvaluateNullWindowAtZero(benchmark::State& state) { runEvaluate(state, -
 BENCHMARK(BM_EvaluateFullWindow);
 BENCHMARK(BM_EvaluateNullWindowAtZero);
 
-class QuietInterface : public SearchInterface {
- public:
-  bool isTimeUp() override { return false; }
-  void reportLine(uint32_t, int32_t, const PvLine&) override {}
-  void reportStatistics(uint32_t) override {}
-};
-
 // The search benchmark's work: the first 32 suite positions to depth 9 on one
 // thread, each with emptied tables. Counts the pawn hash's probes and hits.
 void BM_SearchPawnHashHitRate(benchmark::State& state) {
   Positions& p = positions();
   TimeControl tc;
-  tc.timed = true;
-  tc.maxTime = 1u << 30;
-  tc.depthLimited = true;
-  tc.maxDepth = 9;
+  limitToDepth(tc, 9);
   QuietInterface ui;
   TTHashTable tt("TT hash");
   tt.sizeFor(64);

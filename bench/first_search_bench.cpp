@@ -8,6 +8,7 @@
 #include <chrono>
 #include <iostream>
 
+#include "quiet_search.h"
 #include "board/fen.h"
 #include "search/time_control.h"
 #include "search/search_thread.h"
@@ -18,20 +19,10 @@ constexpr uint32_t depth = 8;
 constexpr int searches = 10;
 const char* const position = "r1bq1rk1/pp2bppp/2n1pn2/2pp4/3P4/2PBPN2/PP1N1PPP/R1BQ1RK1 w - - 0 8";
 
-class QuietInterface : public SearchInterface {
- public:
-  bool isTimeUp() override { return false; }
-  void reportLine(uint32_t, int32_t, const PvLine&) override {}
-  void reportStatistics(uint32_t) override {}
-};
-
 void BM_FirstAndTenthSearch(benchmark::State& state) {
   QuietInterface ui;
   TimeControl tc;
-  tc.timed = true;
-  tc.maxTime = 1u << 30;
-  tc.depthLimited = true;
-  tc.maxDepth = depth;
+  limitToDepth(tc, depth);
   Board_0x88 game;
   setupFromFen(game, position);
   double first = 0, tenth = 0;

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "quiet_search.h"
 #include "board/fen.h"
 #include "search/time_control.h"
 #include "search/search_thread.h"
@@ -27,22 +28,12 @@ std::vector<std::string> benchPositions() {
   return fens;
 }
 
-class QuietInterface : public SearchInterface {
- public:
-  bool isTimeUp() override { return false; }
-  void reportLine(uint32_t, int32_t, const PvLine&) override {}
-  void reportStatistics(uint32_t) override {}
-};
-
 // Searches every position to the bench depth with `threadCount` threads;
 // thread 0 decides when to stop, as in a game.
 uint64_t searchAll(const std::vector<std::string>& fens, uint32_t threadCount, uint64_t& mainNodes, double& seconds) {
   QuietInterface ui;
   TimeControl tc;
-  tc.timed = true;
-  tc.maxTime = 1u << 30;
-  tc.depthLimited = true;
-  tc.maxDepth = benchDepth;
+  limitToDepth(tc, benchDepth);
   uint64_t nodes = 0;
   std::cout.setstate(std::ios::failbit);  // the searches' own comment lines
   // The tables are made once and emptied for each position, as a game reuses

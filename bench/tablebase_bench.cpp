@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "quiet_search.h"
 #include "board/fen.h"
 #include "search/time_control.h"
 #include "search/search_thread.h"
@@ -74,13 +75,6 @@ void BM_ProbeFromDisk(benchmark::State& state) {
 }
 BENCHMARK(BM_ProbeFromDisk)->Unit(benchmark::kMillisecond);
 
-class QuietInterface : public SearchInterface {
- public:
-  bool isTimeUp() override { return false; }
-  void reportLine(uint32_t, int32_t, const PvLine&) override {}
-  void reportStatistics(uint32_t) override {}
-};
-
 // Four and five men whose captures lead into the 3-man tables.
 const char* const endgames[] = {
     "8/8/8/4k3/8/2p5/8/KQ6 w - - 0 1",       "8/8/1k6/8/3p4/8/2R5/4K3 w - - 0 1",
@@ -96,10 +90,7 @@ void BM_SearchEndgames(benchmark::State& state) {
   if (withTables) initTablebases(tables, "gaviota", gtb4.c_str(), 16);
   QuietInterface ui;
   TimeControl tc;
-  tc.timed = true;
-  tc.maxTime = 1u << 30;
-  tc.depthLimited = true;
-  tc.maxDepth = 14;
+  limitToDepth(tc, 14);
   TTHashTable tt("TT hash");
   PawnHash pawns;
   std::cout.setstate(std::ios::failbit);
