@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Fails when a file under src/ includes a header of a higher layer, or of
+# another folder of its own layer (eval and tablebase stay apart).
+src="${1:?usage: include_layers_test.sh SRC_DIR}"
+declare -A rank=([board]=0 [eval]=1 [tablebase]=1 [search]=2 [diagnostics]=3 [driver]=4)
+status=0
+while IFS=: read -r file _ line; do
+  from=$(basename "$(dirname "$file")")
+  to=$(sed -n 's/^#include "\([a-z_]*\)\/.*/\1/p' <<<"$line")
+  [ -z "$to" ] || [ "$from" = "$to" ] && continue
+  if [ -z "${rank[$to]}" ] || [ "${rank[$to]}" -ge "${rank[$from]}" ]; then
+    echo "${file#"$src"/}: $from includes $to: $line"
+    status=1
+  fi
+done < <(grep -rn '^#include "' "$src"/board "$src"/eval "$src"/tablebase "$src"/search "$src"/diagnostics "$src"/driver)
+exit $status
