@@ -63,7 +63,7 @@ TEST(RandomGames, StatisticsMatchARecountOfTheSameGames) {
   player.randomGame = true;
   auto stats = std::make_unique<RandomGameStats>();
   std::srand(20261124);
-  playRandomGames(player, 40, *stats);
+  playRandomGames(player, player.randomGame, 40, *stats);
   std::srand(20261124);
   auto expected = recount(40);
   EXPECT_GT(stats->positions, 1000u);
@@ -74,7 +74,7 @@ TEST(RandomGames, StatisticsMatchARecountOfTheSameGames) {
     stats = std::make_unique<RandomGameStats>();
     setupFromFen(*player.board, startPositionFen);
     player.ply = MaxGamePly - left;
-    playRandomGame(player, *stats);
+    playRandomGame(player, player.randomGame, *stats);
     EXPECT_TRUE(stats->positions == left && player.ply == MaxGamePly && stats->gameLength[MaxGamePly] == 1u) << left;
   }
 }

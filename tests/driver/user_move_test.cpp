@@ -2,7 +2,7 @@
 // player without threads.
 #include "../board/board_test_support.h"
 #include "driver/chess_player.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 
 namespace {
 

@@ -7,8 +7,7 @@
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
-#include "driver/command_loop.h"
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/chess_player.h"
+#include "board/game_record.h"
 
 // Follows the game inside the engine from what goes in and what comes out,
 // on the engine's own game record, and checks every move that the engine
@@ -30,9 +30,7 @@ class GameTracker {
   void take(const std::string& line);
   bool explains(const std::string& command, const std::string& placement);
 
-  struct NoEngine : EngineInterface { void makeEngineMove(Move&) override {} } noEngine_;
-  TimeControl clock_;
-  ChessPlayer game_{&clock_, &noEngine_};
+  GameRecord game_;
   bool known_ = true;
   bool quitRead_ = false;
   std::string pendingInput_, partialOutput_;

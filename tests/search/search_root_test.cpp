@@ -9,7 +9,7 @@
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "search/search_thread.h"
 
 namespace {
