@@ -13,8 +13,8 @@
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_structure.h"
-#include "driver/time_control.h"
-#include "search/pawn_hash.h"
+#include "search/time_control.h"
+#include "eval/pawn_hash.h"
 #include "search/search_thread.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <iostream>
 
 #include "board/fen.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "search/search_thread.h"
 
 namespace {

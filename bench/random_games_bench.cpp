@@ -23,7 +23,7 @@ void BM_RandomGames(benchmark::State& state) {
   auto stats = std::make_unique<RandomGameStats>();
   std::srand(1);
   constexpr uint64_t gamesPerCall = 40;
-  for (auto _ : state) playRandomGames(player, gamesPerCall, *stats);
+  for (auto _ : state) playRandomGames(player, player.randomGame, gamesPerCall, *stats);
   state.counters["games/s"] = benchmark::Counter(double(state.iterations() * gamesPerCall), benchmark::Counter::kIsRate);
   state.counters["moves/s"] = benchmark::Counter(double(stats->positions), benchmark::Counter::kIsRate);
 }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "board/fen.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "search/search_thread.h"
 #include "tablebase/search_probe.h"
 

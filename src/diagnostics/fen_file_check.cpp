@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "board/fen.h"
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 bool checkFenFile(Board_0x88& board, const std::string& fileName) {
   struct stat info;

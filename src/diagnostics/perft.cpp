@@ -6,8 +6,6 @@
 #include <memory>
 
 #include "board/move_text.h"
-#include "driver/chess_player.h"
-#include "driver/time_control.h"
 
 void perftHashStore(PerftHashTable& table, uint64_t key, uint64_t count, uint32_t depth) {
   PerftHashTable::Bucket& bucket = table.bucketFor(key);
@@ -37,13 +35,13 @@ void perftHashStore(PerftHashTable& table, uint64_t key, uint64_t count, uint32_
   std::memcpy(target->key, &key, sizeof target->key);
 }
 
-void preparePerftHash(ChessPlayer& player) {
-  if (player.perftHash) {
-    player.perftHash->clear();
+void preparePerftHash(PerftTable& perft) {
+  if (perft.hash) {
+    perft.hash->clear();
     return;
   }
-  player.perftHash = std::make_unique<PerftHashTable>("Perft hash");
-  player.currentPerftHashSizeMB = uint32_t(player.perftHash->sizeFor(player.perftHashSizeMB));
+  perft.hash = std::make_unique<PerftHashTable>("Perft hash");
+  perft.currentSizeMB = uint32_t(perft.hash->sizeFor(perft.sizeMB));
 }
 
 double perftHashFill(const PerftHashTable& table) {
@@ -111,31 +109,30 @@ std::string secondsText(uint32_t centis) {
   return text;
 }
 
-bool perftCommand(ChessPlayer& player, const std::vector<std::string>& args, bool divide) {
+bool perftCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, const std::vector<std::string>& args,
+                  bool divide) {
   int depth = args.empty() ? 0 : std::atoi(args[0].c_str());
   if (depth < 1) return false;
 
   // The game's clock reading is given up: perft measures with a clock from zero.
-  TimeControl& clock = *player.timeControl;
   clock.clockRunning = false;
   clock.elapsed = 0;
   clock.clockStart = 0;
   clock.startClock();
 
-  preparePerftHash(player);
+  preparePerftHash(perft);
 
-  Board_0x88& board = *player.board;
   PositionRecord& record = board.history[board.ply];
   record.hashKey = board.computeFullHash();
   record.pawnHashKey = board.computePawnHash();
 
   PerftStats stats;
-  uint64_t leaves = countLeaves(stats, board, player.perftHash.get(), uint32_t(depth), divide);
+  uint64_t leaves = countLeaves(stats, board, perft.hash.get(), uint32_t(depth), divide);
 
   clock.stopClock();
   uint32_t duration = clock.elapsed - clock.elapsedAtMoveStart;
   uint64_t perSecond = duration == 0 ? 0 : stats.nodes * 100 / duration;
-  double fill = perftHashFill(*player.perftHash);
+  double fill = perftHashFill(*perft.hash);
 
   const char* prefix = divide ? "" : "# ";
   std::cout << prefix << "Total leaves: " << leaves << '\n'
@@ -150,10 +147,10 @@ bool perftCommand(ChessPlayer& player, const std::vector<std::string>& args, boo
 
 }  // namespace
 
-bool runPerftCommand(ChessPlayer& player, const std::vector<std::string>& args) {
-  return perftCommand(player, args, false);
+bool runPerftCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, const std::vector<std::string>& args) {
+  return perftCommand(board, clock, perft, args, false);
 }
 
-bool runDivideCommand(ChessPlayer& player, const std::vector<std::string>& args) {
-  return perftCommand(player, args, true);
+bool runDivideCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, const std::vector<std::string>& args) {
+  return perftCommand(board, clock, perft, args, true);
 }

@@ -10,8 +10,7 @@
 #include "board/move.h"
 #include "diagnostics/perft_entry.h"
 #include "search/move_selector.h"
-
-class ChessPlayer;
+#include "search/time_control.h"
 
 // Counters of one perft or divide run.
 struct PerftStats {
@@ -23,8 +22,8 @@ struct PerftStats {
 // entry of least depth, the lowest slot among equals.
 void perftHashStore(PerftHashTable& table, uint64_t key, uint64_t count, uint32_t depth);
 
-// Empties the player's table, creating it (with its size line) on first use.
-void preparePerftHash(ChessPlayer& player);
+// Empties the table, creating it (with its size line) on first use.
+void preparePerftHash(PerftTable& perft);
 
 // Share of used entries in the first 16384 buckets, in percent of 65536.
 double perftHashFill(const PerftHashTable& table);
@@ -103,5 +102,5 @@ uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perft
 
 // The perft and divide commands on the player's board: false when the depth is
 // below 1. Prints the report.
-bool runPerftCommand(ChessPlayer& player, const std::vector<std::string>& args);
-bool runDivideCommand(ChessPlayer& player, const std::vector<std::string>& args);
+bool runPerftCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, const std::vector<std::string>& args);
+bool runDivideCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, const std::vector<std::string>& args);

@@ -3,8 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
-#include "search/hash_table.h"
+#include "board/hash_table.h"
 
 // A stored leaf count of the perft commands; four make a 64-byte bucket.
 struct PerftEntry {
@@ -17,6 +18,13 @@ static_assert(offsetof(PerftEntry, depth) == 8 && offsetof(PerftEntry, key) == 1
 
 using PerftHashTable = HashTable<PerftEntry, 4>;
 static_assert(sizeof(PerftHashTable::Bucket) == 64);
+
+// The perft commands' table, made by the first run that needs it.
+struct PerftTable {
+  std::unique_ptr<PerftHashTable> hash;
+  uint32_t sizeMB = 64;
+  uint32_t currentSizeMB = 0;  // as allocated
+};
 
 constexpr uint64_t PerftKeyMask = (uint64_t(1) << 48) - 1;
 

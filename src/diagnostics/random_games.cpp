@@ -7,7 +7,6 @@
 #include "board/draw_rules.h"
 #include "board/fen.h"
 #include "board/move_generation.h"
-#include "driver/chess_player.h"
 
 namespace {
 
@@ -50,10 +49,10 @@ void countPosition(const Board_0x88& board, RandomGameStats& stats) {
   }
 }
 
-void startPosition(ChessPlayer& player) {
-  setupFromFen(*player.board, startPositionFen);
-  player.ply = 0;
-  player.setupPly = 0;
+void startPosition(GameRecord& game) {
+  setupFromFen(*game.board, startPositionFen);
+  game.ply = 0;
+  game.setupPly = 0;
 }
 
 void printSixAverages(const char* label, const uint64_t (&counts)[7], double games) {
@@ -65,29 +64,29 @@ void printSixAverages(const char* label, const uint64_t (&counts)[7], double gam
 
 }  // namespace
 
-void playRandomGame(ChessPlayer& player, RandomGameStats& stats) {
-  Board_0x88& board = *player.board;
-  while (player.randomGame) {
+void playRandomGame(GameRecord& game, const Relaxed<bool>& running, RandomGameStats& stats) {
+  Board_0x88& board = *game.board;
+  while (running) {
     MoveList list;
     bool inCheck;
     generateLegalMoves(board, list, inCheck);
     // A full game record ends the game where it stands.
-    if (list.count == 0 || !player.gameHasRoom()) break;
+    if (list.count == 0 || !game.gameHasRoom()) break;
     Move move = list.moves[uint32_t(std::rand() & 0x7fffffff) % list.count].move;
     countMove(board, move, stats);
-    player.recordMove(move);
+    game.recordMove(move);
     countPosition(board, stats);
     GameEndReason reason;
     if (isDrawByRule(board, reason)) break;
   }
-  ++stats.gameLength[player.ply < 1024 ? player.ply : 1023];
+  ++stats.gameLength[game.ply < 1024 ? game.ply : 1023];
 }
 
-void playRandomGames(ChessPlayer& player, uint64_t games, RandomGameStats& stats) {
+void playRandomGames(GameRecord& game, const Relaxed<bool>& running, uint64_t games, RandomGameStats& stats) {
   const uint64_t interval = games / 50;
   for (uint64_t g = 0; g < games; ++g) {
-    startPosition(player);
-    playRandomGame(player, stats);
+    startPosition(game);
+    playRandomGame(game, running, stats);
     // Fewer than 50 games print no marks.
     if (interval && g % interval == 0) std::printf("#");
   }
@@ -140,14 +139,14 @@ void printRandomGameReport(const RandomGameStats& stats, uint64_t games) {
   std::fflush(stdout);
 }
 
-void runRandomGames(ChessPlayer& player, uint64_t games) {
+void runRandomGames(GameRecord& game, Relaxed<bool>& running, uint64_t games) {
   std::printf("# Playing %lu random games ...\n", (unsigned long)games);
-  bool wasRandom = player.randomGame;
-  player.randomGame = true;
+  bool wasRandom = running;
+  running = true;
   // Large, so off the stack.
   auto stats = std::make_unique<RandomGameStats>();
-  playRandomGames(player, games, *stats);
+  playRandomGames(game, running, games, *stats);
   printRandomGameReport(*stats, games);
-  player.randomGame = wasRandom;
-  startPosition(player);
+  running = wasRandom;
+  startPosition(game);
 }

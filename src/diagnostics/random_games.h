@@ -4,7 +4,8 @@
 #include "board/move.h"
 #include "board/types.h"
 
-class ChessPlayer;
+#include "board/game_record.h"
+#include "board/relaxed.h"
 
 // Counters over a run of random games; every count is a plain total.
 struct RandomGameStats {
@@ -23,17 +24,18 @@ struct RandomGameStats {
 };
 
 // Plays one game of uniformly random legal moves (rand()) as game moves from
-// the player's position and ply, counting into `stats`. It ends with no legal
+// the game's position and ply, counting into `stats`, while `running` holds. It ends with no legal
 // move, at a draw by rule (so at the first repetition), or when the game
 // record is full, before the move that would overflow it.
-void playRandomGame(ChessPlayer& player, RandomGameStats& stats);
+void playRandomGame(GameRecord& game, const Relaxed<bool>& running, RandomGameStats& stats);
 
 // Plays `games` games of uniformly random legal moves (rand()) as game moves
 // from the start position, with a progress mark every games/50 games.
-void playRandomGames(ChessPlayer& player, uint64_t games, RandomGameStats& stats);
+void playRandomGames(GameRecord& game, const Relaxed<bool>& running, uint64_t games, RandomGameStats& stats);
 
 // The averages, presence maps, piece-count frequencies and game lengths.
 void printRandomGameReport(const RandomGameStats& stats, uint64_t games);
 
 // The randgames command: the games, the report, then the start position.
-void runRandomGames(ChessPlayer& player, uint64_t games);
+// `running` (the random-game flag) is held up while they play.
+void runRandomGames(GameRecord& game, Relaxed<bool>& running, uint64_t games);

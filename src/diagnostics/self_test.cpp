@@ -4,8 +4,7 @@
 
 #include "board/fen.h"
 #include "diagnostics/perft.h"
-#include "driver/chess_player.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 
 namespace {
 
@@ -27,10 +26,9 @@ const SelfTestCase selfTestCases[18] = {
     {18, fenF, 6, 11030083},  {19, fenF, 7, 178633661}, {20, fenB, 5, 193690690},
 };
 
-void runSelfTests(ChessPlayer& player) {
+void runSelfTests(Board_0x88& board, PerftTable& perft) {
   uint32_t passed = 0, failed = 0, totalTime = 0;
   uint64_t totalLeaves = 0, totalNodes = 0;
-  Board_0x88& board = *player.board;
 
   for (const SelfTestCase& test : selfTestCases) {
     uint32_t start = TimeControl::timeStamp();
@@ -40,9 +38,9 @@ void runSelfTests(ChessPlayer& player) {
       continue;
     }
     // Every row starts from an empty table, so none profits from the one before.
-    preparePerftHash(player);
+    preparePerftHash(perft);
     PerftStats stats;
-    uint64_t leaves = countLeaves(stats, board, player.perftHash.get(), test.depth, false);
+    uint64_t leaves = countLeaves(stats, board, perft.hash.get(), test.depth, false);
     uint32_t time = TimeControl::timeStamp() - start;
     totalLeaves += leaves;
     totalNodes += stats.nodes;

@@ -1,7 +1,8 @@
 #pragma once
 #include <cstdint>
 
-class ChessPlayer;
+#include "board/board.h"
+#include "diagnostics/perft_entry.h"
 
 // One row of the built-in perft table.
 struct SelfTestCase {
@@ -14,7 +15,7 @@ struct SelfTestCase {
 // The 18 rows, in the order they run.
 extern const SelfTestCase selfTestCases[18];
 
-// Runs every row on the player's game board, each with an emptied perft
+// Runs every row on the game board, each with an emptied perft
 // table, and prints a verdict per row, the summary and the speed. The board
 // holds the last row's position afterwards.
-void runSelfTests(ChessPlayer& player);
+void runSelfTests(Board_0x88& board, PerftTable& perft);

@@ -6,12 +6,13 @@
 #include <vector>
 
 #include "board/board.h"
+#include "board/game_record.h"
 #include "diagnostics/perft_entry.h"
 #include "driver/engine_interface.h"
 #include "driver/opening_book.h"
-#include "driver/relaxed.h"
-#include "driver/time_control.h"
-#include "search/pawn_hash.h"
+#include "board/relaxed.h"
+#include "search/time_control.h"
+#include "eval/pawn_hash.h"
 #include "search/search_interface.h"
 #include "search/search_statistics.h"
 #include "search/tt_entry.h"
@@ -19,13 +20,8 @@
 
 class SearchThread;
 
-constexpr uint32_t MaxGamePly = 1023;
-// The board's record stack holds the game and the deepest search line; a
-// game stops growing here so that a search always has room.
-constexpr uint32_t MaxBoardGamePly = 960;
-
 // The game and its search: board, move history, hash tables and threads.
-class ChessPlayer : public SearchInterface {
+class ChessPlayer : public SearchInterface, public GameRecord {
  public:
   ChessPlayer(TimeControl* timeControl, EngineInterface* engine);
   ChessPlayer(const ChessPlayer&) = delete;
@@ -61,16 +57,6 @@ class ChessPlayer : public SearchInterface {
   bool parseUserMove(const std::string& text, Move& move);
   // Would playing `move` give a position where a draw can be claimed?
   bool shouldOfferDraw(Move move);
-  // Records a move of the game and plays it on the game board. False, with
-  // nothing changed, when the history is full.
-  bool recordMove(Move move);
-  // True when there is room for another move in the game record.
-  bool gameHasRoom() const;
-  // Every piece has a list slot and a side is to move: moves can be generated and made.
-  bool hasSafeLists() const;
-  // A position that may be searched and played: one king each, no pawn on
-  // the first or last rank, and the side that has just moved not in check.
-  bool hasPlayablePosition() const;
   // Main loop: wakes every search thread.
   void startSearch();
   // Thread 0 at the end of its think: stops the other threads and waits for them.
@@ -88,17 +74,11 @@ class ChessPlayer : public SearchInterface {
   SearchTotals totals;
 
   TimeControl* timeControl;
-  std::unique_ptr<Board_0x88> board;
-  uint32_t ply = 0;
-  Move moveHistory[MaxGamePly] = {};
-  UndoRecord undoHistory[MaxGamePly];
 
   std::unique_ptr<TTHashTable> ttHash;
   uint32_t currentTTHashSizeMB = 0;
   uint32_t ttHashSizeMB = 256;
-  std::unique_ptr<PerftHashTable> perftHash;  // made by the first perft command
-  uint32_t perftHashSizeMB = 64;
-  uint32_t currentPerftHashSizeMB = 0;  // as allocated
+  PerftTable perft;
   std::unique_ptr<PawnHash> pawnHash;
   uint32_t currentPawnHashSizeMB = 0;
   uint32_t pawnHashSizeMB = 32;
@@ -116,8 +96,6 @@ class ChessPlayer : public SearchInterface {
   EngineInterface* engine;
   std::unique_ptr<TablebaseState> tablebases;
   std::vector<std::unique_ptr<SearchThread>> threads;
-  // Plies of the game before which undo may not go: the last set-up position.
-  uint32_t setupPly = 0;
 
   // The hand-over of the game state (board, record, who plays what) between
   // the command thread and thread 0. Thread 0 plays its move under the lock;

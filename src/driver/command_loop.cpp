@@ -5,7 +5,7 @@
 #include <string>
 
 #include "driver/command_table.h"
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 void dispatchLine(WBEngine& engine, const char* line) {
   const char* blank = std::strchr(line, ' ');

@@ -1,7 +1,7 @@
 #pragma once
 #include <cstdio>
 
-#include "driver/string_split.h"
+#include "board/string_split.h"
 #include "driver/wb_engine.h"
 
 constexpr int LineBufferSize = 1024;

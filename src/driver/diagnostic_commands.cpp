@@ -13,7 +13,7 @@ bool WBEngine::cmdRandgames(const Arguments& args) {
   if (games < 1) return false;
   // The games replace the game board, which a running search would play its move on.
   player.stopSearch();
-  runRandomGames(player, uint64_t(games));
+  runRandomGames(player, player.randomGame, uint64_t(games));
   return true;
 }
 

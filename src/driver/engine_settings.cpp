@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "driver/chess_player.h"
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 namespace {
 

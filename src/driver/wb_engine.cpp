@@ -84,12 +84,12 @@ bool WBEngine::cmdEval(const Arguments&) {
   return true;
 }
 
-bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(player, args); }
+bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(*player.board, *player.timeControl, player.perft, args); }
 
-bool WBEngine::cmdDivide(const Arguments& args) { return runDivideCommand(player, args); }
+bool WBEngine::cmdDivide(const Arguments& args) { return runDivideCommand(*player.board, *player.timeControl, player.perft, args); }
 
 bool WBEngine::cmdSelftest(const Arguments&) {
-  runSelfTests(player);
+  runSelfTests(*player.board, player.perft);
   // The rows leave their own position behind; the game starts afresh.
   newGame();
   return true;

@@ -5,8 +5,8 @@
 
 #include "driver/chess_player.h"
 #include "driver/engine_interface.h"
-#include "driver/relaxed.h"
-#include "driver/time_control.h"
+#include "board/relaxed.h"
+#include "search/time_control.h"
 
 using Arguments = std::vector<std::string>;
 

@@ -3,7 +3,7 @@
 
 #include "board/board.h"
 #include "eval/material.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 
 // Everything positional together is held within this many centipawns; the
 // lazy exit rests on it.

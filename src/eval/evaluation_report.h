@@ -1,6 +1,6 @@
 #pragma once
 #include "board/board.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 
 // The eval command: every term of the evaluation of the position by side, in
 // middlegame and endgame values, then the phase, the scale factor and the

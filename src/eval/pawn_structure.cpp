@@ -5,7 +5,7 @@
 #include <mutex>
 
 #include "eval/score_pair_ops.h"
-#include "search/relaxed_field.h"
+#include "board/relaxed_field.h"
 
 uint64_t frontFileMask[2][64];
 uint64_t frontSpanMask[2][64];

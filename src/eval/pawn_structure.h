@@ -5,7 +5,7 @@
 #include "board/score_pair.h"
 #include "eval/eval_record.h"
 #include "eval/material.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 
 // The pawn facts of one evaluation, on the caller's stack, all zero at the start.
 struct PawnInfo {

@@ -1,6 +1,6 @@
 #pragma once
 // Small per-node helpers of SearchThread shared by the search routines.
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "eval/evaluate.h"
 #include "search/search_thread.h"
 

@@ -1,7 +1,7 @@
 #include "search/search_thread.h"
 
 #include "board/fen.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
 #include "search/transposition_table.h"

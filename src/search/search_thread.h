@@ -4,7 +4,7 @@
 
 #include "board/board.h"
 #include "board/check_info.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 #include "search/pv_line.h"
 #include "search/score.h"
 #include "search/search_interface.h"

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "search/relaxed_field.h"
+#include "board/relaxed_field.h"
 
 namespace {
 

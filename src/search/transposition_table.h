@@ -3,7 +3,7 @@
 
 #include "board/board.h"
 #include "board/move.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 #include "search/tt_entry.h"
 
 // The transposition table shared by all search threads, without a lock. Both

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "search/hash_table.h"
+#include "board/hash_table.h"
 
 // One transposition-table entry; four make a 64-byte bucket. The fields are
 // plain data so that the table can be zeroed as a block; the search threads

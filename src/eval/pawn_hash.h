@@ -1,8 +1,8 @@
 #pragma once
 #include <cstdint>
 
-#include "search/hash_table.h"
-#include "search/search_statistics.h"
+#include "board/hash_table.h"
+#include "board/relaxed_counter.h"
 
 // The evaluation of one pawn structure; 32 bytes, one per bucket. `key` is
 // stored XOR the three data words, so that an entry torn by two threads

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <string>
 
-#include "driver/relaxed.h"
+#include "board/relaxed.h"
 
 // Where a given ply stands in the sessions of the time control.
 struct SessionPosition {

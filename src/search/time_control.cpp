@@ -1,11 +1,11 @@
-#include "driver/time_control.h"
+#include "search/time_control.h"
 
 #include <time.h>
 
 #include <cstdlib>
 #include <limits>
 
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 namespace {
 

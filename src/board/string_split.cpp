@@ -1,4 +1,4 @@
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 #include <cstring>
 
