@@ -103,7 +103,7 @@ TEST(RandomGamesTest, StatisticsMatchARecountOfTheSameGames) {
   player.randomGame = true;
   auto stats = std::make_unique<RandomGameStats>();
   std::srand(20261124);
-  playRandomGames(player, 40, *stats);
+  playRandomGames(player, player.randomGame, 40, *stats);
   std::srand(20261124);
   auto expected = recount(40);
 
@@ -138,7 +138,7 @@ TEST(RandomGamesTest, AGameEndsCleanlyWhenItsRecordIsFull) {
     auto stats = std::make_unique<RandomGameStats>();
     setupFromFen(*player.board, startPositionFen);
     player.ply = c.ply;
-    playRandomGame(player, *stats);
+    playRandomGame(player, player.randomGame, *stats);
     EXPECT_EQ(stats->positions, c.moves) << c.ply;
     EXPECT_EQ(player.ply, MaxGamePly) << c.ply;
     EXPECT_EQ(stats->gameLength[MaxGamePly], 1u) << c.ply;

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "driver/string_split.h"
+#include "board/string_split.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "driver/time_control.h"
+#include "search/time_control.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@
 #include "board/fen.h"
 #include "board/move_text.h"
 #include "driver/chess_player.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 
 namespace {
 

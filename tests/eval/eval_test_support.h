@@ -12,7 +12,7 @@
 #include "board/fen.h"
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 
 namespace evaltest {
 

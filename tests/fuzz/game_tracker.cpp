@@ -10,7 +10,7 @@
 #include "board/make_move.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
-#include "driver/string_split.h"
+#include "board/string_split.h"
 #include "fuzz/fuzz_commands.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "board/fen.h"
 #include "board/make_move.h"
 #include "board/move_text.h"
-#include "driver/time_control.h"
+#include "search/time_control.h"
 #include "search/search_thread.h"
 
 namespace {

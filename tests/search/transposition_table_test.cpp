@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "board/board.h"
-#include "search/pawn_hash.h"
+#include "eval/pawn_hash.h"
 #include "search/transposition_table.h"
 
 namespace {
