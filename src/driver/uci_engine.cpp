@@ -232,9 +232,11 @@ void UciEngine::cmdStop() {
       return;
     }
   }
-  // Thread 0 stops the others and answers with the best move found so far.
-  // The answer is out before the next command is read, as hosts expect.
-  if (!player_.threads.empty()) player_.threads[0]->requestStop();
+  // The search ends at its next time check and answers with the best move
+  // found so far. Through the clock rather than the stop flag: a stop that
+  // comes before the search has begun must still leave it the root moves to
+  // choose from. The answer is out before the next command is read.
+  deadlineMs_.store(monotonicMs(), std::memory_order_relaxed);
   player_.waitForThreads();
 }
 
