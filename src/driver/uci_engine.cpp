@@ -185,8 +185,15 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   bool inCheck = false;
   generateLegalMoves(board, moves, inCheck);
   if (moves.count == 0) {
-    // Mate or stalemate: nothing to search, and the host still gets its answer.
-    std::cout << "info depth 0 score " << (inCheck ? "mate 0" : "cp 0") << "\nbestmove 0000" << std::endl;
+    // Mate or stalemate: nothing to search, and the host still gets its
+    // answer; an infinite or ponder search gives it at stop.
+    std::cout << "info depth 0 score " << (inCheck ? "mate 0" : "cp 0") << std::endl;
+    std::lock_guard<std::mutex> hold(answerMutex_);
+    answerPending_ = true;
+    holdAnswer_ = limits.infinite || limits.ponder;
+    pondering_ = limits.ponder;
+    pendingLimits_ = limits;
+    answerLocked("bestmove 0000");
     return;
   }
 

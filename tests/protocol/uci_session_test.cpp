@@ -110,8 +110,8 @@ const UciRow rows[] = {
      info("option GaviotaTbPath not changed during a search")) + search(), true},
     {"go ponder, ponderhit", "go ponder wtime 300 btime 300\nponderhit\n", search(), true},
     {"mate and stalemate", "position fen k7/1Q6/1K6/8/8/8/8/8 b - - 0 1\ngo depth 3\n"
-     "position fen k7/2Q5/1K6/8/8/8/8/8 b - - 0 1\ngo\n", "info depth 0 score mate 0\nbestmove 0000\n"
-     "info depth 0 score cp 0\nbestmove 0000\n", false},
+     "position fen k7/2Q5/1K6/8/8/8/8/8 b - - 0 1\ngo infinite\nisready\nstop\n", "info depth 0 score mate 0\n"
+     "bestmove 0000\ninfo depth 0 score cp 0\nreadyok\nbestmove 0000\n", false},
     {"a book move with a clock", "setoption name BookFile value " + book + "\ngo wtime 9000 btime 9000\n",
      "bestmove " + uciMove + "\n", true},
     {"no book move for a depth", "setoption name BookFile value " + book + "\ngo depth 1\n", search(), true},
