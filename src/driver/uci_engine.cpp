@@ -127,7 +127,10 @@ void UciEngine::cmdSetoption(const std::vector<std::string>& words) {
   }
   if (name.empty()) return infoString("setoption ignored: no option name");
   std::string error;
-  if (!setUciOption(settings_, name, value, answerPending(), error)) infoString(error);
+  const bool searching = answerPending();
+  // After a bestmove thread 0 may still be finishing; the tablebases are replaced only once it is idle.
+  if (!searching) settle();
+  if (!setUciOption(settings_, name, value, searching, error)) infoString(error);
 }
 
 void UciEngine::cmdUcinewgame() {
