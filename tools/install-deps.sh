@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building and testing Tolva needs, skipping what is already there.
 set -euo pipefail
-packages=(g++ cmake ninja-build zlib1g-dev liblzma-dev libgtest-dev libbenchmark-dev xboard xvfb xauth fairymax gaviotatb
+packages=(g++ cmake ninja-build zlib1g-dev liblzma-dev libgtest-dev libbenchmark-dev xboard xvfb xauth fairymax polyglot gaviotatb
   groff-base dpkg-dev)
 missing=()
 for p in "${packages[@]}"; do

@@ -45,6 +45,7 @@ void ChessPlayer::setupSearch(bool recreate) {
     for (auto& t : threads) {
       t->ttHash = ttHash.get();
       t->pawnHash = pawnHash.get();
+      t->searchInterface = searchOutput;
     }
     return;
   }
@@ -53,7 +54,7 @@ void ChessPlayer::setupSearch(bool recreate) {
   threads.clear();
   for (uint32_t i = 0; i < currentCores; ++i)
     threads.push_back(std::make_unique<SearchThread>(i, ttHash.get(), pawnHash.get(), tablebases.get(), timeControl,
-                                                     this, &ChessPlayer::think, this));
+                                                     searchOutput, &ChessPlayer::think, this));
 }
 
 void ChessPlayer::startSearch() {
@@ -131,7 +132,7 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   seedRandomFromClock();
   TimeControl& tc = *player.timeControl;
   tc.startClock();
-  if (tc.timed) tc.allocateTime(player.ply);
+  if (tc.timed && !player.hostSetsTimeBudget) tc.allocateTime(player.ply);
   bool decided = false;
   // Trial moves are made on this thread's own board: the other threads copy
   // the game board while this one picks.
@@ -156,6 +157,8 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   if (move != NoMove && !self.discardResult.load(std::memory_order_relaxed)) {
     std::lock_guard<std::mutex> hold(player.gameMutex);
     if (!self.discardResult.load(std::memory_order_relaxed)) player.engine->makeEngineMove(move);
+  } else if (move == NoMove && !self.discardResult.load(std::memory_order_relaxed)) {
+    player.engine->searchEndedWithoutMove();
   }
   tc.stopClock();
   self.finishWork();

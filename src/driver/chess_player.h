@@ -94,6 +94,12 @@ class ChessPlayer : public SearchInterface, public GameRecord {
   uint32_t requestedCores = 1;
   uint32_t currentCores = 0;
   EngineInterface* engine;
+  // Where the search threads report and ask for the time: this player, or
+  // the UCI front end. Follows at the next setupSearch.
+  SearchInterface* searchOutput = this;
+  // The front end sets maxTime itself before each search (UCI clocks are the
+  // host's, in milliseconds): no session allocation at the think's start.
+  bool hostSetsTimeBudget = false;
   std::unique_ptr<TablebaseState> tablebases;
   std::vector<std::unique_ptr<SearchThread>> threads;
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "driver/command_table.h"
+#include "driver/uci_engine.h"
 #include "board/string_split.h"
 
 void dispatchLine(WBEngine& engine, const char* line) {
@@ -44,6 +45,7 @@ void dispatchLine(WBEngine& engine, const char* line) {
 
 void runCommandLoop(WBEngine& engine, FILE* input) {
   char line[LineBufferSize];
+  bool firstLine = true;
   while (!engine.quitRequested) {
     printBoardIfChanged(engine);
     if (!engine.xboardMode) std::cout << "# Your move: " << std::flush;
@@ -56,7 +58,15 @@ void runCommandLoop(WBEngine& engine, FILE* input) {
       break;
     }
     line[LineBufferSize - 1] = '\0';
-    if (trimLine(line) > 0) dispatchLine(engine, line);
+    const size_t length = trimLine(line);
+    // A host whose first word is `uci` speaks UCI for the rest of the run.
+    if (firstLine && std::strcmp(line, "uci") == 0) {
+      runUciSession(engine.player, engine.timeControl, input);
+      engine.quitRequested = true;
+      break;
+    }
+    firstLine = false;
+    if (length > 0) dispatchLine(engine, line);
     std::cout << std::flush;
     if (engine.quitRequested) break;
     if (engine.player.isSearching()) continue;

@@ -1,5 +1,6 @@
 #include "driver/line_atomic_output.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -8,6 +9,22 @@
 namespace {
 
 thread_local std::string pending;
+
+std::atomic<bool> droppingCommentLines{false};
+
+bool isCommentLine(const std::string& text, size_t start) { return start < text.size() && text[start] == '#'; }
+
+// The lines of text[0, length) that aren't comment lines.
+std::string withoutCommentLines(const std::string& text, size_t length) {
+  std::string kept;
+  for (size_t start = 0; start < length;) {
+    size_t end = text.find('\n', start);
+    end = end == std::string::npos || end >= length ? length : end + 1;
+    if (!isCommentLine(text, start)) kept.append(text, start, end - start);
+    start = end;
+  }
+  return kept;
+}
 
 // One fwrite holds the FILE lock for its whole length.
 void writeOut(const char* text, size_t count) {
@@ -32,6 +49,11 @@ std::streamsize LineAtomicOutput::xsputn(const char* text, std::streamsize count
 }
 
 int LineAtomicOutput::sync() {
+  if (droppingCommentLines.load(std::memory_order_relaxed)) {
+    writeCompleteLines();
+    // A comment line not yet complete waits for its end to be dropped.
+    if (isCommentLine(pending, 0)) return 0;
+  }
   writeOut(pending.data(), pending.size());
   pending.clear();
   return 0;
@@ -40,9 +62,16 @@ int LineAtomicOutput::sync() {
 void LineAtomicOutput::writeCompleteLines() {
   size_t end = pending.rfind('\n');
   if (end == std::string::npos) return;
-  writeOut(pending.data(), end + 1);
+  if (droppingCommentLines.load(std::memory_order_relaxed)) {
+    const std::string kept = withoutCommentLines(pending, end + 1);
+    writeOut(kept.data(), kept.size());
+  } else {
+    writeOut(pending.data(), end + 1);
+  }
   pending.erase(0, end + 1);
 }
+
+void dropCommentLines(bool drop) { droppingCommentLines.store(drop, std::memory_order_relaxed); }
 
 LineAtomicStandardOutput::LineAtomicStandardOutput() : previous_(std::cout.rdbuf(&buffer_)) {}
 

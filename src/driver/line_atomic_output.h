@@ -16,6 +16,12 @@ class LineAtomicOutput : public std::streambuf {
   void writeCompleteLines();
 };
 
+// In a UCI session the output carries no comment lines: what the engine's
+// layers say as "# " remarks is meant for xboard hosts and the console, and
+// a UCI host must see only its protocol. While on, complete lines that begin
+// with '#' are dropped, from every thread.
+void dropCommentLines(bool drop);
+
 // Puts the line-atomic buffer under std::cout while it lives; the old buffer
 // comes back at its end, before the thread's own text is gone.
 class LineAtomicStandardOutput {

@@ -1,0 +1,23 @@
+#pragma once
+#include <cstdint>
+#include <ostream>
+#include <string>
+
+#include "search/pv_line.h"
+#include "search/search_statistics.h"
+
+// A search score as UCI shows it: "cp X", or "mate N" in moves, negative
+// when the side to move is mated.
+std::string uciScore(int32_t score);
+
+// The figures of one UCI thinking line, from explicit inputs.
+struct UciInfo {
+  uint32_t depth = 0;
+  int32_t score = 0;
+  int64_t timeMs = 0;
+  uint32_t hashfullPermille = 0;
+};
+
+// "info depth D seldepth S score ... nodes N nps N time MS hashfull H tbhits T
+// pv ...", one line, not flushed.
+void writeUciInfo(std::ostream& out, const UciInfo& info, const SearchTotals& totals, const PvLine& line);

@@ -1,0 +1,141 @@
+#!/usr/bin/env bash
+# Plays a short match between Tolva speaking UCI and fairymax through a real
+# UCI host: Debian's polyglot adapter under xboard, headless under xvfb-run.
+# Checks the saved games: every game finished with a result, no illegal move,
+# no engine died, and Tolva never lost on time or other than by being mated
+# or adjudicated; and the dialogue shows Tolva answered `uci` and searched.
+#
+# Usage: polyglot_match_test.sh <path to tolva> [games] [xboard time control words...]
+# Environment: TOLVA_HOST_TIMEOUT (seconds for the whole match, default 600),
+#              TOLVA_HOST_KEEP=1 keeps the working directory.
+# Exit status: 0 pass, 1 fail, 77 skipped when polyglot, xboard, xvfb-run,
+# xauth or fairymax is missing.
+set -u
+
+tolva=${1:-}
+games=${2:-2}
+shift 2 2>/dev/null
+# Ten seconds and a tenth of a second per move: the increment only counts
+# when UCI's milliseconds reach the engine.
+time_control=("$@")
+[ ${#time_control[@]} = 0 ] && time_control=(-tc 0:10 -inc 0.1)
+timeout_seconds=${TOLVA_HOST_TIMEOUT:-600}
+failed=0
+fail() {
+  echo "FAIL: $*"
+  failed=1
+}
+
+if [ -z "$tolva" ] || [ ! -x "$tolva" ]; then
+  echo "FAIL: no engine binary given or not executable: '$tolva'"
+  exit 1
+fi
+tolva=$(readlink -f "$tolva")
+
+find_program() {
+  if command -v "$1" >/dev/null 2>&1; then command -v "$1"; elif [ -x "/usr/games/$1" ]; then echo "/usr/games/$1"; fi
+}
+xboard=$(find_program xboard)
+fairymax=$(find_program fairymax)
+polyglot=$(find_program polyglot)
+xvfb_run=$(find_program xvfb-run)
+xauth=$(find_program xauth)
+if [ -z "$xboard" ] || [ -z "$fairymax" ] || [ -z "$polyglot" ] || [ -z "$xvfb_run" ] || [ -z "$xauth" ]; then
+  echo "SKIP: needs polyglot, xboard, fairymax, xvfb-run and xauth (apt-get install -y polyglot xboard fairymax xvfb xauth)"
+  exit 77
+fi
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-polyglot.XXXXXX")
+mkdir -p "$work/tolva" "$work/fairymax"
+pgn=$work/games.pgn
+log=$work/xboard-debug.log
+match_pid=""
+
+# setsid makes the match one process group, ended by its id.
+end_processes() {
+  [ -n "$match_pid" ] || return
+  kill -TERM -- "-$match_pid" 2>/dev/null && sleep 2
+  kill -KILL -- "-$match_pid" 2>/dev/null
+}
+# shellcheck disable=SC2317  # called through the trap
+cleanup() {
+  end_processes
+  if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi
+}
+trap cleanup EXIT
+trap 'failed=1; exit 1' INT TERM
+
+echo "Match: $games games, Tolva (UCI through $polyglot) against fairymax, ${time_control[*]}"
+# -fUCI makes xboard start Tolva through polyglot; HOME keeps the user's settings out.
+HOME=$work setsid "$xvfb_run" -a -s "-screen 0 1024x768x24" \
+  "$xboard" -noGUI -xexit -saveSettingsOnExit false \
+  -fcp "$tolva" -fd "$work/tolva" -fn Tolva -fUCI -adapterCommand "$polyglot -noini -ec \"%fcp\" -ed \"%fd\"" \
+  -firstOptions "PawnHash=4" \
+  -scp "$fairymax" -sd "$work/fairymax" -sn Fairymax \
+  -mg "$games" "${time_control[@]}" -xponder -autoCallFlag true \
+  -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
+  -adjudicateDrawMoves 80 -matchPause 1000 \
+  -sgf "$pgn" -debug -nameOfDebugFile "$log" -soundProgram true \
+  >"$work/xboard-output.txt" 2>&1 </dev/null &
+match_pid=$!
+started=$SECONDS
+while kill -0 "$match_pid" 2>/dev/null; do
+  if ((SECONDS - started > timeout_seconds)); then
+    fail "xboard did not finish the match within $timeout_seconds s"
+    break
+  fi
+  sleep 1
+done
+end_processes
+wait "$match_pid" 2>/dev/null
+match_pid=""
+
+# One line per game: White, Black, result tag, and the comment before the result.
+summary=$(awk '
+  function flush() { if (seen) { c = ""; if (match(body, /\{[^}]*\} *(1-0|0-1|1\/2-1\/2|\*) *$/)) { c = substr(body, RSTART + 1); sub(/\}.*/, "", c) }
+                                 printf "%s\t%s\t%s\t%s\n", w, b, r, c } seen = 0; body = "" }
+  /^\[Event / { flush(); seen = 1; next }
+  /^\[White "/ { w = $0; gsub(/^\[White "|"\]$/, "", w); next }
+  /^\[Black "/ { b = $0; gsub(/^\[Black "|"\]$/, "", b); next }
+  /^\[Result "/ { r = $0; gsub(/^\[Result "|"\]$/, "", r); next }
+  /^\[/ { next }
+  { body = body " " $0 }
+  END { flush() }' "$pgn" 2>/dev/null)
+
+played=0
+while IFS=$'\t' read -r white black result comment; do
+  [ -z "$white$black" ] && continue
+  played=$((played + 1))
+  echo "Game $played: $white - $black $result {$comment}"
+  case "$white" in Tolva*) lost=0-1 ;; *) lost=1-0 ;; esac
+  lower=$(printf '%s' "$comment" | tr '[:upper:]' '[:lower:]')
+  case "$result" in 1-0 | 0-1 | 1/2-1/2) ;; *) fail "game $played has no result (\"$result\")" ;; esac
+  case "$lower" in
+    *illegal*) fail "game $played ended on an illegal move: {$comment}" ;;
+    *crash* | *exit* | *disconnect* | *killed* | *error*) fail "game $played ended as an engine died: {$comment}" ;;
+    *mate* | *adjudicat*) ;;
+    *) [ "$result" = "$lost" ] && fail "game $played: Tolva lost other than by being mated: $result {$comment}" ;;
+  esac
+done <<<"$summary"
+[ "$played" = "$games" ] || fail "$played of $games games were saved"
+
+# xboard's log holds polyglot's side of the dialogue: moves, thinking lines
+# translated from Tolva's `info`, and any refusal.
+if [ -s "$log" ]; then
+  problems=$(grep -n -i -E 'illegal|<first : Error' "$log" | head -20)
+  [ -n "$problems" ] && fail "the debug log shows refused or illegal moves:
+$problems"
+  [ "$(grep -c -E '^[0-9]+ <first : move ' "$log")" -ge 1 ] || fail "Tolva sent no move through polyglot"
+  grep -q -E '^[0-9]+ <first : [0-9]+ [-+]?[0-9]+ [0-9]+ [0-9]+ ' "$log" || fail "no thinking lines came through polyglot"
+  grep -q -E '^[0-9]+ >first : option PawnHash=4$' "$log" || fail "the option PawnHash never went out to polyglot"
+else
+  fail "xboard wrote no debug log"
+fi
+
+if [ "$failed" != 0 ]; then
+  echo "---- saved games ----"; cat "$pgn" 2>/dev/null
+  echo "---- debug log (last lines) ----"; tail -n 40 "$log" 2>/dev/null
+  exit 1
+fi
+echo "PASS: $played games finished through polyglot, no illegal move, no crash, no loss on time"
+exit 0
