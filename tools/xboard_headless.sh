@@ -1,4 +1,4 @@
-# Sourced by tests/host/xboard_match_test.sh and bench/strength_match.sh:
+# Sourced by the host tests under tests/host and by bench/strength_match.sh:
 # Debian's xboard run headless under xvfb-run, and the clean-up of every
 # process it started.
 

@@ -11,6 +11,9 @@
 # Exit status: 0 pass, 1 fail, 77 skipped when polyglot, xboard, xvfb-run,
 # xauth or fairymax is missing.
 set -u
+here=$(dirname "$(readlink -f "$0")")
+# shellcheck source=../../tools/xboard_headless.sh
+. "$here/../../tools/xboard_headless.sh"
 
 tolva=${1:-}
 games=${2:-2}
@@ -32,63 +35,40 @@ if [ -z "$tolva" ] || [ ! -x "$tolva" ]; then
 fi
 tolva=$(readlink -f "$tolva")
 
-find_program() {
-  if command -v "$1" >/dev/null 2>&1; then command -v "$1"; elif [ -x "/usr/games/$1" ]; then echo "/usr/games/$1"; fi
-}
-xboard=$(find_program xboard)
+xboard_require fairymax polyglot
 fairymax=$(find_program fairymax)
 polyglot=$(find_program polyglot)
-xvfb_run=$(find_program xvfb-run)
-xauth=$(find_program xauth)
-if [ -z "$xboard" ] || [ -z "$fairymax" ] || [ -z "$polyglot" ] || [ -z "$xvfb_run" ] || [ -z "$xauth" ]; then
-  echo "SKIP: needs polyglot, xboard, fairymax, xvfb-run and xauth (apt-get install -y polyglot xboard fairymax xvfb xauth)"
-  exit 77
-fi
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-polyglot.XXXXXX")
 mkdir -p "$work/tolva" "$work/fairymax"
 pgn=$work/games.pgn
 log=$work/xboard-debug.log
-match_pid=""
-
-# setsid makes the match one process group, ended by its id.
-end_processes() {
-  [ -n "$match_pid" ] || return
-  kill -TERM -- "-$match_pid" 2>/dev/null && sleep 2
-  kill -KILL -- "-$match_pid" 2>/dev/null
-}
 # shellcheck disable=SC2317  # called through the trap
 cleanup() {
-  end_processes
+  xboard_stop
   if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi
 }
 trap cleanup EXIT
 trap 'failed=1; exit 1' INT TERM
 
 echo "Match: $games games, Tolva (UCI through $polyglot) against fairymax, ${time_control[*]}"
-# -fUCI makes xboard start Tolva through polyglot; HOME keeps the user's settings out.
-HOME=$work setsid "$xvfb_run" -a -s "-screen 0 1024x768x24" \
-  "$xboard" -noGUI -xexit -saveSettingsOnExit false \
-  -fcp "$tolva" -fd "$work/tolva" -fn Tolva -fUCI -adapterCommand "$polyglot -noini -ec \"%fcp\" -ed \"%fd\"" \
-  -firstOptions "PawnHash=4" \
+# -fUCI makes xboard start Tolva through polyglot.
+xboard_start "$work" -fcp "$tolva" -fd "$work/tolva" -fn Tolva -fUCI \
+  -adapterCommand "$polyglot -noini -ec \"%fcp\" -ed \"%fd\"" -firstOptions "PawnHash=4" \
   -scp "$fairymax" -sd "$work/fairymax" -sn Fairymax \
   -mg "$games" "${time_control[@]}" -xponder -autoCallFlag true \
   -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
   -adjudicateDrawMoves 80 -matchPause 1000 \
-  -sgf "$pgn" -debug -nameOfDebugFile "$log" -soundProgram true \
-  >"$work/xboard-output.txt" 2>&1 </dev/null &
-match_pid=$!
+  -sgf "$pgn" -debug -nameOfDebugFile "$log" -soundProgram true
 started=$SECONDS
-while kill -0 "$match_pid" 2>/dev/null; do
+while kill -0 "$xboard_pid" 2>/dev/null; do
   if ((SECONDS - started > timeout_seconds)); then
     fail "xboard did not finish the match within $timeout_seconds s"
     break
   fi
   sleep 1
 done
-end_processes
-wait "$match_pid" 2>/dev/null
-match_pid=""
+xboard_stop
 
 # One line per game: White, Black, result tag, and the comment before the result.
 summary=$(awk '
