@@ -27,38 +27,25 @@ TEST(EvaluateTest, ScoresAndBoundsOfWorkedPositions) {
     int full, high, low;  // with the full window, one far above, one far below
   } cases[] = {
       {"bare kings", "4k3/8/8/8/8/8/8/4K3 w - - 0 1", 0, 0, 0},
-      {"a lone knight", "4k3/8/8/8/8/8/8/1N2K3 b - - 0 1", 0, 0, 0},
-      {"fifty moves", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 150 60", 0, 0, 0},
       {"fifty moves in the mate branch", "8/8/8/4k3/8/8/8/R3K3 w - - 100 80", 0, 0, 0},
       {"wrong bishop, king in the corner", "8/1k6/8/P7/8/8/8/2B1K3 w - - 0 1", 0, 0, 0},
       {"start: the side to move has 24", startPositionFen, 24, 224, -176},
-      {"start, Black to move", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", 24, 224, -176},
       {"bishop against pawn: no edge for the bishop", "4k3/4p3/8/8/8/8/8/2B1K3 w - - 0 1", 0, 0, 0},
       {"the pawn's edge stands, no lazy exit", "8/8/8/8/3k4/8/p7/B6K w - - 0 1", -40, -40, -40},
-      {"from the pawn's side", "8/8/8/8/3k4/8/p7/B6K b - - 0 1", 42, 42, 42},
       {"mate branch from 175", "r1b1kb1r/8/8/8/8/8/3BB3/1NB1KB2 w - - 0 1", -164, -164, -164},
       {"174: the main path with bounds", "rbb1k2r/8/8/8/8/8/8/r2QKQ2 w - - 0 1", -522, -265, -665},
       {"rook against bishop: the mate branch isn't scaled", "3bk3/8/8/8/8/8/8/R3K3 w - - 0 1", 238, 238, 238},
-      {"at clock 99 neither", "3bk3/8/8/8/8/8/8/R3K3 w - - 99 80", 238, 238, 238},
       {"at clock 100 a draw", "3bk3/8/8/8/8/8/8/R3K3 w - - 100 80", 0, 0, 0},
       {"the weak side to move", "3bk3/8/8/8/8/8/8/R3K3 b - - 0 1", 3 - 235, 3 - 235, 3 - 235},
       // The mate branch: material, the move, the kings' distance, the weak king's edge.
       {"rook mate, king in the centre", "8/8/8/4k3/8/8/8/R3K3 w - - 0 1", 560 + 2 + 6 - 192, 376, 376},
-      {"the same, Black to move", "8/8/8/4k3/8/8/8/R3K3 b - - 0 1", 192 + 2 - 560 - 6, -372, -372},
       {"weak king on the edge, kings 7 apart", "4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 562, 562, 562},
-      {"kings 4 apart", "4k3/8/8/8/4K3/8/8/R7 w - - 0 1", 568, 568, 568},
-      {"kings 6 apart", "4k3/8/8/8/8/8/4K3/R7 w - - 0 1", 564, 564, 564},
       {"queen mate, kings in opposition", "4k3/8/4K3/8/8/8/8/Q7 w - - 0 1", 1101 + 4 + 10, 1115, 1115},
       // Bishop and knight: the defender is safe in the corners the bishop can't reach.
       {"KBNK, safe corner a8", "k7/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 620 + 2 + 6 - 112, 516, 516},
-      {"KBNK, Black to move", "k7/8/8/8/3K4/8/8/2B1N3 b - - 0 1", 112 + 2 - 620 - 6, -512, -512},
       {"KBNK, the bishop's corner a1", "8/8/8/8/3K4/8/8/k1B1N3 w - - 0 1", 630, 630, 630},
-      {"KBNK, safe corner h1", "8/8/8/8/3K4/8/8/2B1N2k w - - 0 1", 516, 516, 516},
-      {"KBNK, the bishop's corner h8", "7k/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 628, 628, 628},
       {"KBNK, a step out of the corner", "8/k7/8/8/3K4/8/8/2B1N3 w - - 0 1", 534, 534, 534},
-      {"KBNK, light bishop, a1 safe", "8/8/8/8/3K4/8/8/k2BN3 w - - 0 1", 518, 518, 518},
       {"KBNK, light bishop, a8 lost", "k7/8/8/8/3K4/8/8/3BN3 w - - 0 1", 628, 628, 628},
-      {"two bishops: no corner term", "k7/8/8/8/3K4/8/8/2B2B2 w - - 0 1", 708, 708, 708},
       {"a fifth man: no corner term", "k6n/8/8/8/3K4/8/8/2B1N3 w - - 0 1", 334, 334, 334},
   };
   for (const auto& c : cases) {
