@@ -223,12 +223,10 @@ TEST(PawnHashThreadTest, SharedTableNeverMixesTwoStructures) {
   initEvalTables();
   std::vector<std::unique_ptr<Board_0x88>> boards;
   std::vector<ScorePair> expected;
-  PawnHash fresh;
-  fresh.sizeFor(1);
   for (const std::string& fen : evaltest::suiteFens()) {
     boards.push_back(evaltest::boardFrom(fen));
     PawnInfo pawns{};
-    expected.push_back(evaluatePawnStructure(*boards.back(), fresh, pawns));
+    expected.push_back(evaluatePawnStructure(*boards.back(), evaltest::pawnHash(), pawns));
   }
   PawnHash shared;
   shared.sizeFor(0);
