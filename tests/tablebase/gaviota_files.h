@@ -40,22 +40,18 @@ inline uint32_t indexCountOf(const std::string& name) {
   return 0;
 }
 
-// A scheme-4 payload: filter byte, properties, dictionary size, eight unused
+// A scheme-4 payload: no filter, properties 93, dictionary size, eight unused
 // bytes, then `plain` coded as raw LZMA by liblzma's encoder.
-inline std::vector<uint8_t> lzmaPayload(const std::vector<uint8_t>& plain, uint8_t filter, uint8_t properties = 93) {
+inline std::vector<uint8_t> lzmaPayload(const std::vector<uint8_t>& plain) {
   lzma_options_lzma options;
   lzma_lzma_preset(&options, 6);
-  options.lc = properties % 9, options.lp = properties / 9 % 5, options.pb = properties / 45;
-  options.dict_size = 65536;
+  options.lc = 3, options.lp = 0, options.pb = 2, options.dict_size = 65536;
   lzma_filter chain[2] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
-  std::vector<uint8_t> out(plain.size() + 1024);
-  size_t written = 0;
-  if (lzma_raw_buffer_encode(chain, nullptr, plain.data(), plain.size(), out.data(), &written, out.size()) != LZMA_OK)
-    return {};
-  const uint8_t header[14] = {filter, properties, 0x00, 0x00, 0x01, 0x00, 0, 0, 0, 0, 0, 0, 0, 0};
-  std::vector<uint8_t> payload(sizeof header + written);
-  std::memcpy(payload.data(), header, sizeof header);
-  std::memcpy(payload.data() + sizeof header, out.data(), written);
+  std::vector<uint8_t> payload(14 + plain.size() + 1024, 0);
+  payload[1] = 93, payload[4] = 1;
+  size_t written = 14;
+  lzma_raw_buffer_encode(chain, nullptr, plain.data(), plain.size(), payload.data(), &written, payload.size());
+  payload.resize(written);
   return payload;
 }
 
@@ -64,7 +60,7 @@ inline std::vector<uint8_t> lzmaPayload(const std::vector<uint8_t>& plain, uint8
 inline std::vector<uint8_t> syntheticTable(uint32_t indexCount, uint8_t value) {
   const uint32_t perSide = (indexCount - 1) / 16384 + 1, blocks = 2 * perSide;
   std::vector<std::vector<uint8_t>> payloads;
-  for (uint32_t b = 0; b < blocks; ++b) payloads.push_back(lzmaPayload(std::vector<uint8_t>(blockLength(indexCount, b), value), 0));
+  for (uint32_t b = 0; b < blocks; ++b) payloads.push_back(lzmaPayload(std::vector<uint8_t>(blockLength(indexCount, b), value)));
   const uint32_t tableEnd = 40 + 4 * (blocks + 1);
   std::vector<uint8_t> file(tableEnd, 0);
   auto word = [&](size_t at, uint32_t v) { for (int i = 0; i < 4; ++i) file[at + size_t(i)] = uint8_t(v >> (8 * i)); };

@@ -1,7 +1,7 @@
 // The whole chain from a board to the Debian files: every legal position of
 // the five 3-man endgames, both sides to move and both colourings, against
 // an independent retrograde solution; then the stored values, the probe
-// rules, the cache, en passant, and four threads probing at once.
+// rules, en passant, and four threads probing at once.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -14,10 +14,10 @@
 #include "board/fen.h"
 #include "gaviota_files.h"
 #include "retrograde_solver.h"
-#include "tablebase/block_cache.h"
 #include "tablebase/search_probe.h"
 #include "tablebase/tablebase_files.h"
 #include "tablebase/tablebase_store.h"
+#include "tablebase/tb_value.h"
 
 namespace {
 
@@ -105,12 +105,10 @@ TEST(TablebaseProbeTest, StoredBytesByTheSideToMove) {
 TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
   TablebaseState state;
   const char* kqk = "8/8/8/4k3/8/8/8/KQ6 w - - 0 1";
-  // Off until set up, and off for another type; two directories with empty pieces between them.
-  EXPECT_FALSE(probe(state, kqk).first);
+  // Off for another type; two directories with empty pieces between them.
   initTablebases(state, "syzygy", gtb4.c_str(), 16);
-  EXPECT_FALSE(state.available);
+  EXPECT_FALSE(probe(state, kqk).first);
   initTablebases(state, "gaviota", (";/nonexistent;;" + gtb4).c_str(), 16);
-  EXPECT_EQ(state.paths.size(), 2u);
   EXPECT_TRUE(probe(state, kqk).first);
   // Soft or hard by the iteration and the depth left, on an empty cache only a
   // hard probe answers; never at depth 0 or with six men.
@@ -127,47 +125,7 @@ TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
   // Castling rights: no probe. Two kings: a draw without any file.
   EXPECT_FALSE(probe(state, "4k3/8/8/8/8/8/8/R3K3 w Q - 0 1").first);
   EXPECT_EQ(probe(state, "4k3/8/8/8/8/8/8/4K3 w - - 0 1"), std::pair(true, 0));
-  // A missing file fails its first hard probe and marks the endgame until the tables close.
-  EXPECT_FALSE(probe(state, "4k3/8/8/8/8/8/8/QQ2K3 w - - 0 1").first);
-  int32_t kqqk;
-  ASSERT_TRUE(findEndgame((const uint8_t[]){6, 5, 5, 0}, (const uint8_t[]){6, 0}, kqqk));
-  EXPECT_EQ(endgameCatalogue[kqqk].status, 4u);
-  closeTablebases(state);
-  EXPECT_EQ(endgameCatalogue[kqqk].status, 0u);
-  // A hard probe that finds the cache gone, as one may while the tables are
-  // replaced, marks its endgame; the store's next set-up clears the mark.
-  const uint32_t w[] = {0, 9, 64}, b[] = {36, 64};
-  const uint8_t strong[] = {King, Queen, 0}, lone[] = {King, 0};
-  uint32_t kind, plies;
-  EXPECT_FALSE(probeEndgame(0, 64, w, b, strong, lone, true, kind, plies));
-  EXPECT_EQ(endgameCatalogue[0].status, 4u);
-  initStore(0, 4, {gtb4});
-  EXPECT_EQ(endgameCatalogue[0].status, 0u);
-  closeStore();
-}
-
-TEST(TablebaseProbeTest, CacheKeepsTheMostRecentlyUsedBlocks) {
-  // One block each: both sides of kqk and krk, kbk, knk, and three of kpk's six a side.
-  const char* blocks[9] = {"8/8/8/4k3/8/8/8/KQ6 w - - 0 1", "8/8/8/4k3/8/8/8/KQ6 b - - 0 1",
-                           "8/8/8/4k3/8/8/8/KR6 w - - 0 1", "8/8/8/4k3/8/8/8/KR6 b - - 0 1",
-                           "8/8/8/4k3/8/8/8/KB6 w - - 0 1", "8/8/8/4k3/8/8/8/KN6 w - - 0 1",
-                           "k7/8/8/8/8/8/P7/4K3 w - - 0 1", "k7/8/8/8/P7/8/8/4K3 w - - 0 1",
-                           "k7/8/P7/8/8/8/8/4K3 w - - 0 1"};
-  TablebaseState state;
-  // 0 MB still gives one block: each new block replaces it.
-  initTablebases(state, "gaviota", gtb4.c_str(), 0);
-  EXPECT_EQ(blockCache.blockCount, 1u);
-  for (int i : {0, 2}) ASSERT_TRUE(probe(state, blocks[i]).first);
-  EXPECT_FALSE(probe(state, blocks[0], false).first);
-  EXPECT_TRUE(probe(state, blocks[2], false).first);
-  // 1 MB: eight blocks. Fill them, use the oldest again, then load a ninth: the second goes.
-  initTablebases(state, "gaviota", gtb4.c_str(), 1);
-  EXPECT_EQ(blockCache.blockCount, 8u);
-  for (int i = 0; i < 8; ++i) ASSERT_TRUE(probe(state, blocks[i]).first) << blocks[i];
-  for (int i = 0; i < 8; ++i) EXPECT_TRUE(probe(state, blocks[i], false).first) << blocks[i];
-  EXPECT_TRUE(probe(state, blocks[0], false).first);
-  ASSERT_TRUE(probe(state, blocks[8]).first);
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(probe(state, blocks[i], false).first, i != 1) << blocks[i];
+  EXPECT_FALSE(probe(state, "4k3/8/8/8/8/8/8/QQ2K3 w - - 0 1").first);  // no such file
   closeTablebases(state);
 }
 
