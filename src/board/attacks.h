@@ -88,7 +88,10 @@ inline void computePins(const Board_0x88& b, PinMasks& pins) {
   pins.orthogonal = pins.diagonal = 0;
   Square k = b.side[Side].square[0];
   if (k & 0x88) return;
+  // Without an enemy slider of a kind there is no pin along its lines.
+  const uint8_t* enemy = b.side[opponent(Side)].count;
   auto scan = [&](const int (&dirs)[4], PieceType slider, uint64_t& mask) {
+    if (!(enemy[slider] | enemy[Queen])) return;
     for (int d : dirs) {
       int t = uint8_t(k + d);
       while (!(t & 0x88) && b.color[t] == NoColor) t = uint8_t(t + d);
@@ -108,6 +111,15 @@ inline void computePins(const Board_0x88& b, PinMasks& pins) {
 // Plays the move on the bare board and asks whether the own king is then attacked.
 template <Color Side>
 inline bool passesTrial(Board_0x88& b, Move m) {
+  const Square from = moveFromSquare(m);
+  if (moveKind(m) == MoveNormal && from == b.side[Side].square[0]) {
+    // Only the king leaves its square: lift it and ask about the destination.
+    // A piece taken there needn't go, since no scan looks at its own target.
+    b.color[from] = NoColor;
+    const bool attacked = attack_detail::findAttacker<opponent(Side)>(b, moveToSquare(m)) != NoSquare;
+    b.color[from] = Side;
+    return !attacked;
+  }
   UndoRecord undo;
   makeLightMove<Side>(b, m, undo);
   bool attacked = attack_detail::findAttacker<opponent(Side)>(b, b.side[Side].square[0]) != NoSquare;

@@ -17,14 +17,18 @@ template <Color C, typename Rec>
 ScorePair positionalTerms(const Board_0x88& board, const PawnInfo& pawns, const MaterialInfo& info) {
   constexpr Color Them = opponent(C);
   ScorePair sum{0, 0};
-  const PieceSet& set = board.side[C];
-  for (int s = 0; s <= LastSlot; ++s) {
-    Square sq = set.square[s];
-    if (sq & 0x88) continue;
-    PieceType type = PieceType(board.piece[sq]);
-    sum += pieceActivity<C, Rec>(board, sq, type, pawns);
-    // The report shows the row even while no weight is set.
-    if constexpr (kingTropismWeighs || !std::is_same_v<Rec, NoRecord>) sum += kingTropism<C, Rec>(board, sq, type);
+  if constexpr (kingTropismWeighs || !std::is_same_v<Rec, NoRecord>) {
+    // The report shows the tropism row even while no weight is set.
+    const PieceSet& set = board.side[C];
+    for (int s = 0; s <= LastSlot; ++s) {
+      Square sq = set.square[s];
+      if (sq & 0x88) continue;
+      PieceType type = PieceType(board.piece[sq]);
+      sum += pieceActivity<C, Rec>(board, sq, type, pawns);
+      sum += kingTropism<C, Rec>(board, sq, type);
+    }
+  } else {
+    sum += sideActivity<C, Rec>(board, pawns);
   }
   sum += passedPawnTerms<C, Rec>(board, pawns, info.signature[Them]);
   sum += kingSafety<C, Rec>(board, pawns, info.signature[Them]);

@@ -9,3 +9,7 @@
 // board by the caller, since a promoted piece sits in a pawn slot.
 template <Color C, typename Rec = NoRecord>
 ScorePair pieceActivity(const Board_0x88& board, Square sq, PieceType type, const PawnInfo& pawns);
+
+// The same terms summed over all knights, bishops, rooks and queens of side C.
+template <Color C, typename Rec = NoRecord>
+ScorePair sideActivity(const Board_0x88& board, const PawnInfo& pawns);

@@ -141,6 +141,7 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
     makeNullMove(b, nullUndo);
     int32_t reduction = 4 + int32_t(depth / 4 < 3 ? depth / 4 : 3);
     int32_t newDepth = int32_t(depth) - reduction;
+    if (newDepth > 0) ttHash->prefetch(b.currentRecord().hashKey);
     PvLine scratch;
     int32_t s = newDepth > 0 ? -searchNode<Them>(-beta, 1 - beta, ply + 1, uint32_t(newDepth), scratch)
                              : -searchQuiescence<Them>(-beta, 1 - beta, ply + 1, scratch);
@@ -188,6 +189,7 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
         moveDepth = depth + 1;
       }
     }
+    if (moveDepth > 1) prefetchAfter<C>(m);
     child.clear();
     if (line.length > 1 && sameMove(m, line.moves[0])) child.assignTail(line);
     const bool quiet = isQuietForReduction<C>(b, m);
@@ -244,6 +246,7 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
   for (ScoredMove* next = selector.nextMove<C>(); next; next = selector.nextMove<C>()) {
     const Move m = next->move;
     if (sameMove(m, excluded)) continue;
+    if (depth > 1) prefetchAfter<C>(m);
     child.clear();
     const bool quiet = isQuietForReduction<C>(b, m);
     b.history[b.ply].movePlayed = m;
@@ -294,6 +297,7 @@ int32_t SearchThread::searchInCheck(const CheckInfo& checkInfo, int32_t alpha, i
   UndoRecord undo;
   for (; next; next = selector.nextEvasion<C>()) {
     const Move m = next->move;
+    if (depth > 1) prefetchAfter<C>(m);
     child.clear();
     if (line.length > 1 && sameMove(m, line.moves[0])) child.assignTail(line);
     b.history[b.ply].movePlayed = m;

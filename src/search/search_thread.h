@@ -107,6 +107,8 @@ class SearchThread : public WorkerThread {
   int32_t highestScoreAt(uint32_t ply) const;
   template <Color C>
   bool timeCheck();
+  template <Color C>
+  void prefetchAfter(Move m) const;
   void store(int32_t lowest, int32_t highest, int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth,
              int32_t score, Move move);
 };
