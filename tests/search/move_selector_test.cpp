@@ -245,16 +245,4 @@ TEST(MoveSelector, PseudoLegalAgreesWithTheGenerators) {
 
 // Killers and counter moves keep only quiet moves, the newest killer first;
 // after a null move there is no counter move.
-TEST(MoveSelector, KillerAndCounterMoveMemory) {
-  auto b = boardFrom("4k3/7p/p1n5/1p6/8/2N2B2/8/R2QK2R w KQ - 0 1");
-  const Move quiet = moveOf(*b, "c3e4"), other = moveOf(*b, "d1d3"), capture = moveOf(*b, "f3c6");
-  const Move before = encodeMove88(makeSquare(1, 7), makeSquare(2, 5));  // Black's knight came to c6
-  for (Move m : {quiet, quiet, other, capture}) updateKiller(*b, m);
-  EXPECT_EQ(b->history[b->ply].killer[0], other);
-  EXPECT_EQ(b->history[b->ply].killer[1], quiet);
-  for (Move m : {quiet, capture}) updateCounterMove(*b, before, m);
-  updateCounterMove(*b, NoMove, other);
-  EXPECT_TRUE(isCounterMove(*b, before, quiet) && !isCounterMove(*b, before, other) && !isCounterMove(*b, NoMove, quiet));
-}
-
 }  // namespace

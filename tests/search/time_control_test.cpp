@@ -123,32 +123,4 @@ TEST(TimeControl, IsTimeUp) {
   }
 }
 
-TEST(TimeControl, ClockRunsOnAcrossThinksAndWrapsAt32Bits) {
-  TimeControl tc;
-  tc.elapsed = 300;
-  tc.startClockAt(1000);
-  EXPECT_TRUE(tc.clockRunning && tc.elapsedAtMoveStart == 300u && tc.currentElapsedAt(1250) == 550u);
-  tc.startClockAt(1400);  // a think while the clock runs notes the reading
-  EXPECT_TRUE(tc.clockStart == 1000u && tc.elapsedAtMoveStart == 700u);
-  tc.stopClockAt(1500);
-  tc.stopClockAt(2000);  // a stopped clock adds nothing
-  EXPECT_TRUE(!tc.clockRunning && tc.elapsed == 800u && tc.currentElapsedAt(99999) == 800u);
-  tc.startClockAt(0xFFFFFFF0u);
-  EXPECT_EQ(tc.currentElapsedAt(0x10u), 832u);
-  tc.stopClockAt(0x10u);
-  EXPECT_EQ(tc.elapsed, 832u);
-
-  // The real clock counts centiseconds.
-  EXPECT_LT(uint32_t(TimeControl::timeStamp() - uint32_t(std::time(nullptr)) * 100u), 200u);
-  tc.startClock();
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  tc.stopClock();
-  EXPECT_TRUE(tc.elapsed >= 837u && tc.elapsed < 1332u) << tc.elapsed;
-  // A stopped clock is read as it stands by the allocation.
-  std::ostringstream out;
-  tc.elapsed = 6000;
-  tc.allocateTime(0, out);
-  EXPECT_EQ(tc.maxTime, 540u);
-}
-
 }  // namespace

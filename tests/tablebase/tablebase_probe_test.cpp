@@ -88,20 +88,6 @@ TEST(TablebaseProbeTest, EveryLegalPositionMatchesTheRetrogradeSolution) {
   closeTablebases(state);
 }
 
-// A stored byte b: p = 2 * (b >> 2) and the low two bits give plies and who
-// mates, by the side to move; distances beyond 126 plies have codes of their own.
-TEST(TablebaseProbeTest, StoredBytesByTheSideToMove) {
-  const uint32_t cases[][4] = {  // byte, side, plies, kind
-      {0, 0, 0, 0},    {0, 1, 0, 0},    {3, 0, 0, 3},    {3, 1, 0, 3},    {1, 0, 1, 1},    {2, 1, 1, 2},
-      {21, 0, 11, 1},  {22, 0, 10, 2},  {23, 0, 136, 2}, {20, 0, 137, 1}, {21, 1, 10, 1},  {22, 1, 11, 2},
-      {23, 1, 136, 1}, {20, 1, 137, 2}, {252, 0, 253, 1}, {252, 1, 254, 1}, {255, 0, 252, 2}, {255, 1, 252, 1}};
-  for (const auto& c : cases) {
-    const TbValue v = decodeStoredByte(uint8_t(c[0]), c[1]);
-    EXPECT_EQ(tbPlies(v), c[2]) << c[0] << " side " << c[1];
-    EXPECT_EQ(tbKind(v), c[3]) << c[0] << " side " << c[1];
-  }
-}
-
 TEST(TablebaseProbeTest, WhenProbesAreMadeAndAnswered) {
   TablebaseState state;
   const char* kqk = "8/8/8/4k3/8/8/8/KQ6 w - - 0 1";
