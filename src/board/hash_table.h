@@ -1,8 +1,10 @@
 #pragma once
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <thread>
 
 #include <sys/mman.h>
 
@@ -79,7 +81,7 @@ class HashTable {
       mapped_ = raw;
       mappedBytes_ = bytes + hugePageBytes;
       buckets = reinterpret_cast<Bucket*>(aligned);
-      touchPages(reinterpret_cast<volatile char*>(aligned), bytes);
+      mapPages(reinterpret_cast<char*>(aligned), bytes);
       return true;
     }
     // The extra line aligns buckets to 64 bytes.
@@ -91,14 +93,31 @@ class HashTable {
     return true;
   }
 
-  // Fresh pages are mapped at their first touch; touching them all here, at
-  // set-up, spares the first search of a game the page faults that later
-  // searches don't pay.
-  static void touchPages(volatile char* start, uint64_t bytes) {
-    for (uint64_t offset = 0; offset < bytes; offset += 4096) start[offset] = 0;
+  // Fresh pages are mapped at their first touch; mapping them all when the
+  // table is made spares the first search of a game the page faults that
+  // later searches don't pay. A helper thread asks the kernel to map them
+  // (it writes nothing, so a search may use the table meanwhile), one huge
+  // page at a time, so that neither start-up nor a host waiting for an
+  // answer waits for the kernel to zero a few hundred MB. A kernel without
+  // that request gets the pages touched here and now.
+  void mapPages(char* start, uint64_t bytes) {
+    if (madvise(start, hugePageBytes, MADV_POPULATE_WRITE) != 0) {
+      for (uint64_t offset = 0; offset < bytes; offset += 4096) static_cast<volatile char*>(start)[offset] = 0;
+      return;
+    }
+    stopMapping_.store(false, std::memory_order_relaxed);
+    mapping_ = std::thread([this, start, bytes] {
+      for (uint64_t offset = hugePageBytes; offset < bytes && !stopMapping_.load(std::memory_order_relaxed);
+           offset += hugePageBytes)
+        madvise(start + offset, hugePageBytes, MADV_POPULATE_WRITE);
+    });
   }
 
   void release() {
+    if (mapping_.joinable()) {
+      stopMapping_.store(true, std::memory_order_relaxed);
+      mapping_.join();
+    }
     std::free(storage_);
     if (mapped_) munmap(mapped_, mappedBytes_);
     storage_ = nullptr;
@@ -111,4 +130,6 @@ class HashTable {
   void* storage_ = nullptr;
   void* mapped_ = nullptr;
   uint64_t mappedBytes_ = 0;
+  std::thread mapping_;
+  std::atomic<bool> stopMapping_{false};
 };

@@ -59,7 +59,7 @@ inline void updateCastlingKey(uint8_t before, uint8_t after, uint64_t& key) {
 
 // Takes the piece on sq off the board; keys and psq as the mode keeps them.
 template <Mode M>
-inline void removePiece(Board_0x88& b, Square sq) {
+[[gnu::always_inline]] inline void removePiece(Board_0x88& b, Square sq) {
   uint8_t c = b.color[sq], t = b.piece[sq], s = b.slot[sq];
   if constexpr (M != Mode::Light) {
     PositionRecord& r = b.history[b.ply];
@@ -80,7 +80,7 @@ inline void removePiece(Board_0x88& b, Square sq) {
 }
 
 // The arrays and the list slot follow a piece from one square to another.
-inline void shiftPiece(Board_0x88& b, Square from, Square to) {
+[[gnu::always_inline]] inline void shiftPiece(Board_0x88& b, Square from, Square to) {
   uint8_t c = b.color[from], t = b.piece[from], s = b.slot[from];
   if (s < NoSlot) b.side[c].square[s] = to;
   b.piece[to] = t;
@@ -92,7 +92,7 @@ inline void shiftPiece(Board_0x88& b, Square from, Square to) {
 }
 
 template <Mode M>
-inline void movePsq(Board_0x88& b, Square from, Square to) {
+[[gnu::always_inline]] inline void movePsq(Board_0x88& b, Square from, Square to) {
   if constexpr (M == Mode::Full) {
     uint8_t c = b.color[from], t = b.piece[from];
     subPsq(b.psq[c], psqTable[c][t - 1][toSquare64(from)]);
@@ -102,7 +102,7 @@ inline void movePsq(Board_0x88& b, Square from, Square to) {
 
 // Moves a piece within its slot; keys and psq as the mode keeps them.
 template <Mode M>
-inline void movePiece(Board_0x88& b, Square from, Square to) {
+[[gnu::always_inline]] inline void movePiece(Board_0x88& b, Square from, Square to) {
   if constexpr (M != Mode::Light) {
     uint8_t c = b.color[from], t = b.piece[from];
     PositionRecord& r = b.history[b.ply];
@@ -114,23 +114,15 @@ inline void movePiece(Board_0x88& b, Square from, Square to) {
   shiftPiece(b, from, to);
 }
 
-// Moves a piece back during unmake: no keys; psq only in the full mode.
-template <Mode M>
-inline void movePieceBack(Board_0x88& b, Square from, Square to) {
-  movePsq<M>(b, from, to);
-  shiftPiece(b, from, to);
-}
-
-// Puts a captured piece back into its former slot during unmake.
-template <Mode M>
-inline void restorePiece(Board_0x88& b, Square sq, uint8_t type, uint8_t c, uint8_t s) {
+// Puts a captured piece back into its former slot during unmake; the psq
+// sums come back from the undo record as a whole.
+[[gnu::always_inline]] inline void restorePiece(Board_0x88& b, Square sq, uint8_t type, uint8_t c, uint8_t s) {
   b.piece[sq] = type;
   b.color[sq] = c;
   b.slot[sq] = s;
   b.side[c].square[s] = sq;
   ++b.side[c].count[type];
   ++b.side[c].total;
-  if constexpr (M == Mode::Full) addPsq(b.psq[c], psqTable[c][type - 1][toSquare64(sq)]);
 }
 
 inline uint8_t capturedCode(const Board_0x88& b, Square sq) {
@@ -175,6 +167,10 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
     u.castlingRights = b.castlingRights;
     u.epSquare = b.epSquare;
     u.halfMoveClock = b.halfMoveClock;
+    if constexpr (M == Mode::Full) {
+      u.psq[White] = b.psq[White];
+      u.psq[Black] = b.psq[Black];
+    }
     uint64_t& key = next.hashKey;
     const uint8_t oldEp = b.epSquare;
     const uint8_t rightsBefore = b.castlingRights;
@@ -258,30 +254,29 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
   switch (kind) {
     case MovePromotion: {
       PieceType promoted = promotionPiece(m);
-      if constexpr (M == Mode::Full) {
-        Square64 to64 = toSquare64(to);
-        subPsq(b.psq[C], psqTable[C][promoted - 1][to64]);
-        addPsq(b.psq[C], psqTable[C][Pawn - 1][to64]);
-      }
       --b.side[C].count[promoted];
       ++b.side[C].count[Pawn];
       b.piece[to] = Pawn;
-      movePieceBack<M>(b, to, from);
-      if (u.captured >> 4) restorePiece<M>(b, to, u.captured >> 4, Them, u.captured & 15);
+      shiftPiece(b, to, from);
+      if (u.captured >> 4) restorePiece(b, to, u.captured >> 4, Them, u.captured & 15);
       break;
     }
     case MoveCastling:
-      movePieceBack<M>(b, to, from);
-      movePieceBack<M>(b, castleRookTo[moveDetail(m)], castleRookFrom[moveDetail(m)]);
+      shiftPiece(b, to, from);
+      shiftPiece(b, castleRookTo[moveDetail(m)], castleRookFrom[moveDetail(m)]);
       break;
     case MoveEnPassant:
-      movePieceBack<M>(b, to, from);
-      restorePiece<M>(b, Square(to + back), Pawn, Them, u.captured & 15);
+      shiftPiece(b, to, from);
+      restorePiece(b, Square(to + back), Pawn, Them, u.captured & 15);
       break;
     default:
-      movePieceBack<M>(b, to, from);
-      if (u.captured >> 4) restorePiece<M>(b, to, u.captured >> 4, Them, u.captured & 15);
+      shiftPiece(b, to, from);
+      if (u.captured >> 4) restorePiece(b, to, u.captured >> 4, Them, u.captured & 15);
       break;
+  }
+  if constexpr (M == Mode::Full) {
+    b.psq[White] = u.psq[White];
+    b.psq[Black] = u.psq[Black];
   }
   if constexpr (M != Mode::Light) {
     b.castlingRights = u.castlingRights;
@@ -292,6 +287,18 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
 }
 
 }  // namespace make_detail
+
+// The key after m as a plain move: right for most moves, while castling,
+// rights and en passant may make it another. Enough to prefetch a table entry.
+template <Color C>
+inline uint64_t plainKeyAfter(const Board_0x88& b, Move m) {
+  const Square from = moveFromSquare(m), to = moveToSquare(m);
+  const uint64_t* moving = pieceKey[C][b.piece[from] - 1];
+  uint64_t key = b.history[b.ply].hashKey ^ sideKey ^ moving[moveFrom(m)] ^ moving[moveTo(m)];
+  if (b.piece[to] != NoPiece) key ^= pieceKey[opponent(C)][b.piece[to] - 1][moveTo(m)];
+  if (b.epSquare != NoSquare) key ^= epKey[b.epSquare & 15];
+  return key;
+}
 
 template <Color C>
 inline void makeMove(Board_0x88& b, const Move& m, UndoRecord& u) {

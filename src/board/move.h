@@ -55,6 +55,7 @@ struct ScoredMove {
 // Fixed capacity of 255; an append to a full list is dropped.
 struct MoveList {
   static constexpr uint32_t capacity = 255;
+  static constexpr bool kingLast = false;  // the generators' order: slot 0, the king, first
   ScoredMove moves[capacity];
   uint32_t count = 0;
 

@@ -33,9 +33,9 @@ struct Filter {
 
 // Appends a move after the legality filter of the walk: trial in check and
 // for king moves or pinned pieces, nothing otherwise.
-template <Color C, Walk W>
-inline void addFiltered(Board_0x88& b, MoveList& list, Move m, Filter filter) {
-  if (list.count >= MoveList::capacity) return;
+template <Color C, Walk W, typename List>
+inline void addFiltered(Board_0x88& b, List& list, Move m, Filter filter) {
+  if (list.count >= List::capacity) return;
   if constexpr (W == Walk::Evasions) {
     // A move that neither takes the checker nor blocks its line can't be legal.
     if (!(filter.targets & (uint64_t(1) << moveTo(m)))) return;
@@ -43,11 +43,11 @@ inline void addFiltered(Board_0x88& b, MoveList& list, Move m, Filter filter) {
   if (W == Walk::Evasions || filter.trial) {
     if (!passesTrial<C>(b, m)) return;
   }
-  list.moves[list.count++] = ScoredMove{m, 0};
+  list.add(m);
 }
 
-template <Color C, Walk W>
-inline void addPromotions(Board_0x88& b, MoveList& list, Square from, Square to, Filter needsTrial,
+template <Color C, Walk W, typename List>
+inline void addPromotions(Board_0x88& b, List& list, Square from, Square to, Filter needsTrial,
                           PromotionMode mode) {
   addFiltered<C, W>(b, list, encodePromotion(from, to, Queen), needsTrial);
   if (mode == PromotionsQueenOnly) return;
@@ -56,8 +56,8 @@ inline void addPromotions(Board_0x88& b, MoveList& list, Square from, Square to,
   addFiltered<C, W>(b, list, encodePromotion(from, to, Bishop), needsTrial);
 }
 
-template <Color C, Walk W>
-inline void addEnPassant(Board_0x88& b, MoveList& list) {
+template <Color C, Walk W, typename List>
+inline void addEnPassant(Board_0x88& b, List& list) {
   if (b.epSquare == NoSquare) return;
   constexpr int o1 = C == White ? -15 : 15;
   constexpr int o2 = C == White ? -17 : 17;
@@ -70,8 +70,8 @@ inline void addEnPassant(Board_0x88& b, MoveList& list) {
   }
 }
 
-template <Color C, Walk W>
-inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[4], Filter pinned) {
+template <Color C, Walk W, typename List>
+inline void addSlider(Board_0x88& b, List& list, Square from, const int (&dirs)[4], Filter pinned) {
   constexpr Color Them = opponent(C);
   for (int d : dirs) {
     int to = uint8_t(from + d);
@@ -85,8 +85,8 @@ inline void addSlider(Board_0x88& b, MoveList& list, Square from, const int (&di
   }
 }
 
-template <Color C, Walk W>
-inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&dirs)[8], Filter needsTrial) {
+template <Color C, Walk W, typename List>
+inline void addLeaper(Board_0x88& b, List& list, Square from, const int (&dirs)[8], Filter needsTrial) {
   constexpr Color Them = opponent(C);
   for (int d : dirs) {
     int to = uint8_t(from + d);
@@ -103,8 +103,8 @@ inline void addLeaper(Board_0x88& b, MoveList& list, Square from, const int (&di
   }
 }
 
-template <Color C, Walk W>
-inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, Filter pinned, PromotionMode mode) {
+template <Color C, Walk W, typename List>
+inline void addPawnMoves(Board_0x88& b, List& list, Square from, Filter pinned, PromotionMode mode) {
   using S = Side<C>;
   constexpr Color Them = opponent(C);
   constexpr int captureOffsets[2] = {S::capture1, S::capture2};
@@ -137,12 +137,15 @@ inline void addPawnMoves(Board_0x88& b, MoveList& list, Square from, Filter pinn
   }
 }
 
-template <Color C, Walk W>
-inline void walkPieces(Board_0x88& b, const PinMasks& pins, MoveList& list, PromotionMode mode,
+template <Color C, Walk W, typename List>
+inline void walkPieces(Board_0x88& b, const PinMasks& pins, List& list, PromotionMode mode,
                        uint64_t evasionTargets = ~uint64_t(0)) {
   const uint64_t pinned = pins.any();
   const PieceSet& set = b.side[C];
-  for (int s = 0; s <= LastSlot; ++s) {
+  for (int i = 0; i <= LastSlot && list.count < List::capacity; ++i) {
+    // A walk that only counts to two leaves the king, whose every move needs
+    // a trial, for last.
+    const int s = List::kingLast ? (i + 1) & LastSlot : i;
     Square from = set.square[s];
     if (from & 0x88) continue;
     const Filter isPinned{(pinned & bitOf(from)) != 0, evasionTargets};
@@ -206,28 +209,27 @@ inline uint64_t evasionTargets(const Board_0x88& b) {
 
 // Castling, king side first; the passed square must not be attacked and the
 // destination is tested by the trial like every king move.
-template <Color C, Walk W>
-inline void addCastling(Board_0x88& b, MoveList& list) {
+template <Color C, Walk W, typename List>
+inline void addCastling(Board_0x88& b, List& list) {
   constexpr Color Them = opponent(C);
   constexpr Square e = C == White ? 4 : 116;
   constexpr uint8_t kingSide = C == White ? CastleWK : CastleBK;
   constexpr uint8_t queenSide = C == White ? CastleWQ : CastleBQ;
   constexpr unsigned kingDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
   constexpr unsigned queenDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
-  CheckInfo scratch;
   if ((b.castlingRights & kingSide) && b.piece[e + 1] == NoPiece && b.piece[e + 2] == NoPiece &&
-      !isAttackedBy<Them>(b, Square(e + 1), scratch))
+      !isAttacked<Them>(b, Square(e + 1)))
     addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), Filter{true});
   if ((b.castlingRights & queenSide) && b.piece[e - 1] == NoPiece && b.piece[e - 2] == NoPiece &&
-      b.piece[e - 3] == NoPiece && !isAttackedBy<Them>(b, Square(e - 1), scratch))
+      b.piece[e - 3] == NoPiece && !isAttacked<Them>(b, Square(e - 1)))
     addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), Filter{true});
 }
 
 }  // namespace gen_detail
 
 // All legal moves of a side that is not in check.
-template <Color C>
-inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, MoveList& list) {
+template <Color C, typename List>
+inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, List& list) {
   using namespace gen_detail;
   addEnPassant<C, Walk::All>(b, list);
   walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
@@ -235,8 +237,8 @@ inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, MoveList& list
 }
 
 // All legal moves of a side in check; every candidate is tried.
-template <Color C>
-inline void generateEvasions(Board_0x88& b, MoveList& list) {
+template <Color C, typename List>
+inline void generateEvasions(Board_0x88& b, List& list) {
   using namespace gen_detail;
   PinMasks none;
   addEnPassant<C, Walk::Evasions>(b, list);
@@ -257,6 +259,35 @@ inline void generateQuiets(Board_0x88& b, const PinMasks& pins, MoveList& list) 
   using namespace gen_detail;
   walkPieces<C, Walk::Quiets>(b, pins, list, PromotionsAll);
   addCastling<C, Walk::Quiets>(b, list);
+}
+
+// Room for two moves: enough to tell one legal move from several.
+struct FirstTwoMoves {
+  static constexpr uint32_t capacity = 2;
+  static constexpr bool kingLast = true;
+  ScoredMove moves[capacity];
+  uint32_t count = 0;
+  void add(Move m) { moves[count++] = ScoredMove{m, 0}; }
+};
+
+// Counts what a MoveList would hold, without keeping the moves.
+struct MoveTally {
+  static constexpr uint32_t capacity = MoveList::capacity;
+  static constexpr bool kingLast = false;
+  uint32_t count = 0;
+  void add(Move) { ++count; }
+};
+
+// Whether a side that is not in check has exactly one legal move. The walk
+// of the generator above stops at the second.
+template <Color C>
+inline bool hasOneLegalMove(Board_0x88& b, const PinMasks& pins) {
+  using namespace gen_detail;
+  FirstTwoMoves list;
+  addEnPassant<C, Walk::All>(b, list);
+  walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
+  addCastling<C, Walk::All>(b, list);
+  return list.count == 1;
 }
 
 // The entry for game-level callers: pins, check test, then the right generator.

@@ -18,8 +18,10 @@ constexpr Color opponent(Color c) { return Color(c ^ 1); }
 
 constexpr bool onBoard(int sq) { return (sq & 0x88) == 0; }
 
-constexpr Square64 toSquare64(Square sq) { return Square64((sq & 7) | ((sq >> 4) << 3)); }
-constexpr Square toSquare88(Square64 s) { return Square((s & 7) | ((s >> 3) << 4)); }
+// rank * 16 + file and rank * 8 + file differ by rank * 8: two operations each way.
+constexpr Square64 toSquare64(Square sq) { return Square64((sq + (sq & 7)) >> 1); }
+constexpr Square toSquare88(Square64 s) { return Square(s + (s & 56)); }
+static_assert(toSquare64(0x77) == 63 && toSquare64(0x34) == 28 && toSquare88(63) == 0x77 && toSquare88(28) == 0x34);
 
 constexpr int fileOf(Square sq) { return sq & 7; }
 constexpr int rankOf(Square sq) { return sq >> 4; }

@@ -80,9 +80,26 @@ template uint64_t divideRoot<White, true>(PerftStats&, Board_0x88&, const CheckI
 template uint64_t divideRoot<Black, false>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
 template uint64_t divideRoot<Black, true>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
 
+namespace {
+
+bool everyManHasASlot(const Board_0x88& board, Color c) {
+  int inSlots = 0;
+  for (Square sq : board.side[c].square) inSlots += !(sq & 0x88);
+  return inSlots == board.side[c].total;
+}
+
+bool isSoundRoot(const Board_0x88& board) {
+  if (!everyManHasASlot(board, White) || !everyManHasASlot(board, Black)) return false;
+  if (board.sideToMove == White) return !isAttacked<White>(board, board.side[Black].square[0]);
+  return !isAttacked<Black>(board, board.side[White].square[0]);
+}
+
+}  // namespace
+
 uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth, bool divide) {
   // A board cleared by a refused FEN has no side to move and no moves.
   if (board.sideToMove != White && board.sideToMove != Black) return 0;
+  stats.checkFromLastMove = isSoundRoot(board);
   CheckInfo checkInfo{};
   if (board.sideToMove == White) {
     bool inCheck = findCheck<White>(board, board.side[White].square[0], checkInfo);

@@ -16,6 +16,10 @@
 struct PerftStats {
   uint64_t nodes = 0;     // calls of perftNode and of the divide root
   uint64_t hashHits = 0;  // probes that returned a stored count
+  // Below a sound root (every man in a list slot, the side not to move not
+  // in check) a check can only come from the last move; an odd set-up is
+  // asked about in full at every node.
+  bool checkFromLastMove = false;
 };
 
 // Same key: overwrite whatever the depth; else the first free entry; else the
@@ -43,9 +47,10 @@ inline uint64_t perftChild(PerftStats& stats, Board_0x88& board, Move move, Perf
   UndoRecord undo{};
   CheckInfo childCheck{};
   makePerftMove<C>(board, move, undo);
-  uint64_t count = findCheck<Them>(board, board.side[Them].square[0], childCheck)
-                       ? perftNode<Them, true>(stats, board, childCheck, perftHash, depth)
-                       : perftNode<Them, false>(stats, board, childCheck, perftHash, depth);
+  const bool check = (!stats.checkFromLastMove || attackedAfterMove<Them>(board, move)) &&
+                     findCheck<Them>(board, board.side[Them].square[0], childCheck);
+  uint64_t count = check ? perftNode<Them, true>(stats, board, childCheck, perftHash, depth)
+                         : perftNode<Them, false>(stats, board, childCheck, perftHash, depth);
   unmakePerftMove<C>(board, move, undo);
   return count;
 }
@@ -61,11 +66,18 @@ uint64_t perftNode(PerftStats& stats, Board_0x88& board, const CheckInfo& checkI
       return selector.template nextMove<C>();
   };
 
-  // The generators are legal, so the last ply costs one generation and no make.
+  // The generators are legal, so the last ply costs one generation, counted
+  // without keeping the moves, and no make.
   if (depth == 1) {
-    MoveSelector selector(InCheck ? 1 : 0, &board, checkInfo, NoMove);
-    next(selector);
-    return selector.moves.count;
+    MoveTally tally;
+    if constexpr (InCheck) {
+      generateEvasions<C>(board, tally);
+    } else {
+      PinMasks pins;
+      computePins<C>(board, pins);
+      generateAllMoves<C>(board, pins, tally);
+    }
+    return tally.count;
   }
 
   // The probe comes before the selector, whose set-up a hit doesn't need.
@@ -84,7 +96,16 @@ uint64_t perftNode(PerftStats& stats, Board_0x88& board, const CheckInfo& checkI
 
   MoveSelector selector(InCheck ? 1 : 0, &board, checkInfo, NoMove);
   uint64_t total = 0;
-  while (const ScoredMove* sm = next(selector)) total += perftChild<C>(stats, board, sm->move, perftHash, depth - 1);
+  while (const ScoredMove* sm = next(selector)) {
+    // The whole list is there: while one child is counted, the table bucket
+    // of the next one is on its way.
+    if (perftHash && depth >= 3) {
+      if (selector.current == 1) perftHash->prefetch(plainKeyAfter<C>(board, sm->move));
+      if (selector.current < selector.moves.count)
+        perftHash->prefetch(plainKeyAfter<C>(board, selector.moves.moves[selector.current].move));
+    }
+    total += perftChild<C>(stats, board, sm->move, perftHash, depth - 1);
+  }
 
   if (perftHash) perftHashStore(*perftHash, key, total, depth);
   return total;

@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "eval/eval_cache.h"
 #include "eval/material.h"
 #include "eval/pawn_hash.h"
 
@@ -33,6 +34,9 @@ constexpr bool takesMateBranch(const MaterialInfo& info, int taperedMaterial) {
 // Outside [alpha, beta] it may return a bound just beyond the window instead.
 // Leaves the board as it was; may read and overwrite one pawn hash entry.
 int32_t evaluate(Board_0x88& board, PawnHash& pawnHash, int32_t alpha, int32_t beta);
+// The same through a thread's cache of evaluations, keyed by the board's
+// current hash key; returns exactly what the call above returns.
+int32_t evaluate(Board_0x88& board, PawnHash& pawnHash, EvalCache& cache, int32_t alpha, int32_t beta);
 
 // The same evaluation with the full window, each term also written into the
 // rows and the scale factor of ReportRecord. For the eval command.

@@ -1,6 +1,7 @@
 #include "eval/pawn_structure.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <mutex>
 
@@ -25,7 +26,14 @@ constexpr ScorePair unstoppablePawnBonus[7] = {{0, 0}, {128, 228}, {165, 273}, {
 
 constexpr uint64_t bit(int sq) { return uint64_t(1) << sq; }
 
-int popCount8(uint8_t v) { return __builtin_popcount(v); }
+// A table, since the baseline x86-64 has no popcount instruction and the
+// library's routine costs a call.
+constexpr auto bitsInByte = [] {
+  std::array<uint8_t, 256> t{};
+  for (int v = 1; v < 256; ++v) t[size_t(v)] = uint8_t((v & 1) + t[size_t(v >> 1)]);
+  return t;
+}();
+int popCount8(uint8_t v) { return bitsInByte[v]; }
 
 uint64_t pack(ScorePair score, uint8_t open, uint8_t halfOpen) {
   return uint64_t(uint16_t(score.mg)) | uint64_t(uint16_t(score.eg)) << 16 | uint64_t(open) << 32 |

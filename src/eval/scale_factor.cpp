@@ -13,11 +13,6 @@ constexpr int RookVsKnightScale = 12;
 constexpr int WrongRookPawnScale = 50;
 constexpr int QueenVsPawnScale = 25;
 
-int fiftyMoveTaper(int halfMoveClock) {
-  int c = halfMoveClock < 100 ? halfMoveClock : 100;
-  return (10000 - c * c) / 100;
-}
-
 Square firstPawnSquare(const Board_0x88& board, const PieceSet& set) {
   for (int s = FirstPawnSlot; s <= LastSlot; ++s) {
     Square sq = set.square[s];
@@ -84,10 +79,20 @@ int fourMenScale(const Board_0x88& board) {
 
 }  // namespace
 
-int computeScaleFactor(const Board_0x88& board, const MaterialInfo& info) {
-  int fifty = fiftyMoveTaper(board.halfMoveClock);
+int fiftyMoveScale(int halfMoveClock) {
+  int c = halfMoveClock < 100 ? halfMoveClock : 100;
+  return (10000 - c * c) / 100;
+}
+
+int positionScaleFactor(const Board_0x88& board, const MaterialInfo& info) {
   int s = FullScale;
   if (board.side[White].total + board.side[Black].total == 4) s = fourMenScale(board);
   if (!info.canWin[White] && !info.canWin[Black]) s = 0;
+  return s;
+}
+
+int computeScaleFactor(const Board_0x88& board, const MaterialInfo& info) {
+  int s = positionScaleFactor(board, info);
+  int fifty = fiftyMoveScale(board.halfMoveClock);
   return s < fifty ? s : fifty;
 }

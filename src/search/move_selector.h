@@ -134,6 +134,8 @@ inline MoveSelector::MoveSelector(uint32_t set, Board_0x88* b, const CheckInfo& 
     : checkInfo(info), board(b), moveSet(set) {
   moves.count = 0;
   pvMove.move = pv;
+  // Evasions are all tried on the board; only the other sets use pins.
+  if (set == 1 || set == 2) return;
   if (b->sideToMove == White)
     computePins<White>(*b, pins);
   else if (b->sideToMove == Black)

@@ -58,16 +58,15 @@ inline bool castlingPossible(const Board_0x88& b, Square from, Square to, unsign
   using G = Geometry<C>;
   constexpr Square e = G::kingHome;
   if (from != e || b.piece[e] != King) return false;
-  CheckInfo scratch;
   if (detail == G::kingSideDetail) {
     if (to != e + 2 || !(b.castlingRights & G::kingSideRight)) return false;
     if (!isEmpty(b, e + 1) || !isEmpty(b, e + 2)) return false;
-    return !isAttackedBy<G::Them>(b, Square(e + 1), scratch) && !isAttackedBy<G::Them>(b, e, scratch);
+    return !isAttacked<G::Them>(b, Square(e + 1)) && !isAttacked<G::Them>(b, e);
   }
   if (detail == G::queenSideDetail) {
     if (to != e - 2 || !(b.castlingRights & G::queenSideRight)) return false;
     if (!isEmpty(b, e - 1) || !isEmpty(b, e - 2) || !isEmpty(b, e - 3)) return false;
-    return !isAttackedBy<G::Them>(b, Square(e - 1), scratch) && !isAttackedBy<G::Them>(b, e, scratch);
+    return !isAttacked<G::Them>(b, Square(e - 1)) && !isAttacked<G::Them>(b, e);
   }
   return false;
 }

@@ -14,7 +14,8 @@ int32_t SearchThread::searchQuiescence(int32_t alpha, int32_t beta, uint32_t ply
   Board_0x88& b = board;
 
   CheckInfo checkInfo;
-  if (findCheck<C>(b, b.side[C].square[0], checkInfo)) return searchInCheck<C>(checkInfo, alpha, beta, ply, 1, line);
+  if (attackedAfterMove<C>(b, b.history[b.ply - 1].movePlayed) &&
+      findCheck<C>(b, b.side[C].square[0], checkInfo)) return searchInCheck<C>(checkInfo, alpha, beta, ply, 1, line);
 
   stats.selDepth.raiseTo(ply);
   ++stats.nodes;

@@ -1,28 +1,20 @@
 #pragma once
 // Small per-node helpers of SearchThread shared by the search routines.
-#include "board/zobrist.h"
+#include "board/make_move.h"
 #include "search/time_control.h"
 #include "eval/evaluate.h"
 #include "search/search_thread.h"
 
 template <Color C>
 inline int32_t SearchThread::nodeEval(int32_t alpha, int32_t beta) {
-  return evaluate(board, *pawnHash, alpha, beta);
+  return evaluate(board, *pawnHash, evalCache, alpha, beta);
 }
 
 // Starts loading the table bucket of the position after m before the move is
-// made, so that the child's probe finds it in the cache. The key is that of a
-// plain move: castling, rights and en passant may make it another bucket, and
-// then the prefetch only costs its load.
+// made, so that the child's probe finds it in the cache.
 template <Color C>
 inline void SearchThread::prefetchAfter(Move m) const {
-  const Board_0x88& b = board;
-  const Square from = moveFromSquare(m), to = moveToSquare(m);
-  const uint64_t* moving = pieceKey[C][b.piece[from] - 1];
-  uint64_t key = b.history[b.ply].hashKey ^ sideKey ^ moving[moveFrom(m)] ^ moving[moveTo(m)];
-  if (b.piece[to] != NoPiece) key ^= pieceKey[opponent(C)][b.piece[to] - 1][moveTo(m)];
-  if (b.epSquare != NoSquare) key ^= epKey[b.epSquare & 15];
-  ttHash->prefetch(key);
+  ttHash->prefetch(plainKeyAfter<C>(board, m));
 }
 
 // A side facing a bare king can't lose; a bare king can't win.

@@ -120,7 +120,8 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
   Board_0x88& b = board;
 
   CheckInfo checkInfo;
-  if (findCheck<C>(b, b.side[C].square[0], checkInfo))
+  if (attackedAfterMove<C>(b, b.history[b.ply - 1].movePlayed) &&
+      findCheck<C>(b, b.side[C].square[0], checkInfo))
     return searchInCheck<C>(checkInfo, alpha, beta, ply, depth + 1, line);
 
   NodeStart node;
@@ -164,9 +165,8 @@ int32_t SearchThread::searchNode(int32_t alpha, int32_t beta, uint32_t ply, uint
     }
   }
 
-  if (ply < 8 && hasSingleReply<C>(checkInfo)) ++depth;
-
   MoveSelector selector(3, &b, checkInfo, NoMove);
+  if (ply < 8 && hasOneLegalMove<C>(b, selector.pins)) ++depth;
   if (!line.empty()) selector.pvMove.move = line.first();
   selector.ttMove.move = ttMove;
   ScoredMove* next = selector.nextMove<C>();
@@ -235,9 +235,8 @@ int32_t SearchThread::searchExcluding(Move excluded, int32_t alpha, int32_t beta
     if (!scratch.empty()) ttMove = scratch.first();
   }
 
-  if (ply < 8 && hasSingleReply<C>(checkInfo)) ++depth;
-
   MoveSelector selector(3, &b, checkInfo, NoMove);
+  if (ply < 8 && hasOneLegalMove<C>(b, selector.pins)) ++depth;
   selector.ttMove.move = ttMove;
   int32_t best = NoScore;
   uint32_t moveCounter = 0;
@@ -328,13 +327,6 @@ int32_t SearchThread::searchLateMove(int32_t alpha, int32_t beta, uint32_t ply, 
     if (s <= alpha || stopRequested()) return s;
   }
   return searchMove<C>(alpha, beta, ply + 1, depth - 1, moveCounter, child);
-}
-
-template <Color C>
-bool SearchThread::hasSingleReply(const CheckInfo& checkInfo) {
-  MoveSelector all(0, &board, checkInfo, NoMove);
-  all.nextMove<C>();
-  return all.moves.count == 1;
 }
 
 void SearchThread::recordCutoff(Move move, uint32_t moveCounter) {

@@ -4,6 +4,7 @@
 
 #include "board/board.h"
 #include "board/check_info.h"
+#include "eval/eval_cache.h"
 #include "eval/pawn_hash.h"
 #include "search/pv_line.h"
 #include "search/score.h"
@@ -59,6 +60,7 @@ class SearchThread : public WorkerThread {
   Board_0x88 board;
   TTHashTable* ttHash;
   PawnHash* pawnHash;
+  EvalCache evalCache;
   const TablebaseState* tablebases;
   TimeControl* timeControl;
   SearchInterface* searchInterface;
@@ -89,9 +91,6 @@ class SearchThread : public WorkerThread {
   template <Color C>
   int32_t searchLateMove(int32_t alpha, int32_t beta, uint32_t ply, uint32_t depth, uint32_t moveCounter,
                          PvLine& child, bool reduce);
-  // Does the position (not in check) have exactly one legal move?
-  template <Color C>
-  bool hasSingleReply(const CheckInfo& checkInfo);
   // Counts a beta cutoff and remembers its move as killer and counter move.
   void recordCutoff(Move move, uint32_t moveCounter);
 

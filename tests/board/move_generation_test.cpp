@@ -55,20 +55,28 @@ std::string disagreement(Board_0x88& b) {
     if (legal.moves[i].value != 0 || !distinct.insert(legal.moves[i].move).second) return "value not 0 or a move twice";
   // Attacks against the scan: every square, both colours.
   for (int t = 0; t < 128; ++t) {
-    CheckInfo w, k;
-    if (!(t & 0x88) && (isAttackedBy<White>(b, Square(t), w) != attackedByScan(b, t, White) ||
-                        isAttackedBy<Black>(b, Square(t), k) != attackedByScan(b, t, Black)))
+    if (t & 0x88) continue;
+    const bool w = attackedByScan(b, t, White), k = attackedByScan(b, t, Black);
+    const Square wa = attack_detail::findAttacker<White>(b, Square(t));
+    const Square ka = attack_detail::findAttacker<Black>(b, Square(t));
+    if (isAttacked<White>(b, Square(t)) != w || isAttacked<Black>(b, Square(t)) != k || (wa != NoSquare) != w ||
+        (ka != NoSquare) != k)
       return "attack on " + std::to_string(t);
-    if ((w.count && b.color[w.square[0]] != White) || (k.count && b.color[k.square[0]] != Black)) return "attacker";
+    if ((w && b.color[wa] != White) || (k && b.color[ka] != Black)) return "attacker";
   }
   const Square king = b.side[C].square[0];
   if (king == NoSquare) return "";  // kingless: nothing below applies
   if (check != attackedByScan(b, king, opponent(C))) return "in check";
+  // The check found from the last move alone, where the walk made one.
+  if (b.ply > 0 && attackedAfterMove<C>(b, b.history[b.ply - 1].movePlayed) != check) return "check after the move";
 
   // Trials of pseudo-legal moves (the pin filter off) agree with the legal list;
   // castling out of check is no evasion to try.
-  PinMasks pins, none;
+  PinMasks pins, none, byRays;
   computePins<C>(b, pins);
+  attack_detail::pinsByRays<C>(b, byRays);
+  if (pins.orthogonal != byRays.orthogonal || pins.diagonal != byRays.diagonal) return "pins";
+  if (!check && hasOneLegalMove<C>(b, pins) != (legal.count == 1)) return "one legal move";
   generateAllMoves<C>(b, none, pseudo);
   for (uint32_t i = 0; i < pseudo.count; ++i) {
     Move m = pseudo.moves[i].move;
@@ -109,6 +117,7 @@ uint64_t perft(Board_0x88& b, int depth, int checked, std::string& failure) {
   uint64_t nodes = 0;
   for (uint32_t i = 0; i < list.count; ++i) {
     UndoRecord undo;
+    b.history[b.ply].movePlayed = list.moves[i].move;
     makeMoveForSide(b, list.moves[i].move, undo);
     nodes += perft(b, depth - 1, checked - 1, failure);
     unmakeMoveForSide(b, list.moves[i].move, undo);
@@ -152,6 +161,7 @@ TEST(MoveGeneration, OrderOfTheList) {
       {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "", ""},
       {"3R2k1/5ppp/8/8/8/8/8/6K1 b - - 0 1", "", ""},
       {"6rk/5Npp/8/8/8/8/8/6K1 b - - 0 1", "", ""},
+      {"k7/8/8/8/7p/8/2q4P/K7 w - - 0 1", "", "h2h3"},  // one move, and no check
       // A side without a king is never in check and keeps all its moves; the
       // white pieces stand where 8-bit offsets from square 255 wrap to.
       {"8/8/8/8/8/1B6/n7/n1R4K b - - 0 1", "", "a2b4 a2c3 a2c1 a1b3 a1c2"},

@@ -55,6 +55,7 @@ TEST(Perft, CountsNodesAndHits) {
       {"8/7p/p5pb/4k3/P1pPn3/8/P5PP/1rB2RK1 b - d3 0 28", 5, true, false, false, ~0ull, 0, ~0ull},  // in check, en passant at once
       {"rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3", 3, true, true, false, 0, 1, 1},
       {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 3, true, true, true, 0, 1, 1},
+      {"R6k/8/8/8/8/8/n7/2K5 w - - 0 1", 3, false, false, false, 239, 0, 0},  // the side not to move in check
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.fen) + " depth " + std::to_string(c.depth));

@@ -80,6 +80,7 @@ TEST(EvaluateTest, PropertiesOverSuiteAndRandomPositions) {
   PawnHash& table = evaltest::pawnHash();
   PawnHash oneSlot;
   oneSlot.sizeFor(0);
+  EvalCache cache;
   int lazyChecked = 0, scaledChecked = 0;
   for (const std::string& base : fens) {
     ASSERT_EQ(mirrorFen(mirrorFen(base)), base);
@@ -91,6 +92,17 @@ TEST(EvaluateTest, PropertiesOverSuiteAndRandomPositions) {
       EXPECT_EQ(std::memcmp(board->piece, before->piece, sizeof board->piece), 0) << fen;
       EXPECT_EQ(std::memcmp(board->side, before->side, sizeof board->side), 0) << fen;
       EXPECT_EQ(board->currentRecord().hashKey, before->currentRecord().hashKey) << fen;
+      // Through one cache, each answer is the evaluation's own, whatever the
+      // entry keeps from an earlier window or fifty-move count.
+      auto throughCache = [&](int a, int b, int clock) {
+        board->halfMoveClock = uint8_t(clock);
+        const bool same = evaluate(*board, table, cache, a, b) == evaluate(*board, table, a, b);
+        board->halfMoveClock = before->halfMoveClock;
+        return same;
+      };
+      for (int clock : {0, 50, 0, 99, 100, 0})
+        for (auto [a, b] : {std::pair{Inf - 1, Inf}, {-Inf, Inf}, {-Inf, -Inf + 1}})
+          EXPECT_TRUE(throughCache(a, b, clock)) << fen << " clock " << clock;
       if (fen != base) {
         EXPECT_EQ(full, evaluateFen(base)) << fen;
         EXPECT_EQ(above, evaluateFen(base, Inf - 1, Inf)) << fen;
@@ -118,6 +130,8 @@ TEST(EvaluateTest, PropertiesOverSuiteAndRandomPositions) {
         EXPECT_EQ(evaluateFen(fen, b + 200, Inf), b + 200) << fen;
         EXPECT_EQ(evaluateFen(fen, -Inf, b - 199), full) << fen;
         EXPECT_EQ(evaluateFen(fen, -Inf, b - 200), b - 200) << fen;
+        for (int edge : {b + 199, b + 200}) EXPECT_TRUE(throughCache(edge, Inf, 0)) << fen;
+        for (int edge : {b - 199, b - 200}) EXPECT_TRUE(throughCache(-Inf, edge, 0)) << fen;
       }
       if (!mateBranch && computeScaleFactor(*evaltest::boardFrom(withClock(fen, 0)), info) == 100) {
         // At three quarters no window is looked at; rounding is toward zero.
