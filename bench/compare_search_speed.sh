@@ -33,3 +33,7 @@ done
 rm_=$(cut -d' ' -f2 "$tmp/ref" | median)
 nm=$(cut -d' ' -f2 "$tmp/new" | median)
 echo "median nps: reference $rm_, new $nm, ratio $(awk -v a="$nm" -v b="$rm_" 'BEGIN { printf "%.3f", a / b }')"
+# Each round's two runs lie next to each other in time, so the ratio within a
+# round is spared the machine's slower drifts.
+paired=$(paste -d' ' "$tmp/ref" "$tmp/new" | awk '{ printf "%.4f\n", $4 / $2 }' | median)
+echo "median of the rounds' ratios: $paired"
