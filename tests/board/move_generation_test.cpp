@@ -13,8 +13,11 @@ namespace {
 template <typename Keep>
 std::string texts(const MoveList& list, Keep keep) {
   std::string out;
-  for (uint32_t i = 0; i < list.count; ++i)
-    if (keep(list.moves[i].move)) out += (out.empty() ? "" : " ") + moveToString(list.moves[i].move);
+  for (uint32_t i = 0; i < list.count; ++i) {
+    if (!keep(list.moves[i].move)) continue;
+    if (!out.empty()) out += ' ';
+    out += moveToString(list.moves[i].move);
+  }
   return out;
 }
 std::string texts(const MoveList& list, Square from = NoSquare) {

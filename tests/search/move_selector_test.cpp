@@ -62,7 +62,10 @@ std::multiset<Move> setOf(const std::vector<ScoredMove>& moves) {
 
 std::string texts(const std::vector<ScoredMove>& moves, size_t count) {
   std::string out;
-  for (size_t i = 0; i < std::min(count, moves.size()); ++i) out += (i ? " " : "") + moveToString(moves[i].move);
+  for (size_t i = 0; i < std::min(count, moves.size()); ++i) {
+    if (i) out += ' ';
+    out += moveToString(moves[i].move);
+  }
   return out;
 }
 
@@ -180,7 +183,10 @@ TEST(MoveSelector, WorkedOrders) {
     const std::string expected = c.expected, moves = expected.substr(0, expected.find('|'));
     std::istringstream values(expected.substr(expected.find('|') + 1));
     std::string got = texts(out, size_t(std::count(moves.begin(), moves.end(), ' ') + 1)) + "|";
-    for (size_t i = 0; values >> k; ++i) got += (i ? " " : "") + (k == "-" ? k : std::to_string(out[i].value));
+    for (size_t i = 0; values >> k; ++i) {
+      if (i) got += ' ';
+      got += k == "-" ? k : std::to_string(out[i].value);
+    }
     EXPECT_EQ(got, expected) << c.what;
   }
 }
