@@ -149,17 +149,18 @@ inline void walkPieces(Board_0x88& b, const PinMasks& pins, List& list, Promotio
     Square from = set.square[s];
     if (from & 0x88) continue;
     const Filter isPinned{(pinned & bitOf(from)) != 0, evasionTargets};
-    switch (b.piece[from]) {
-      case King: addLeaper<C, W>(b, list, from, kingDirs, Filter{true}); break;
-      case Queen:
-        addSlider<C, W>(b, list, from, orthogonalDirs, isPinned);
-        addSlider<C, W>(b, list, from, diagonalDirs, isPinned);
-        break;
-      case Rook: addSlider<C, W>(b, list, from, orthogonalDirs, isPinned); break;
-      case Bishop: addSlider<C, W>(b, list, from, diagonalDirs, isPinned); break;
-      case Knight: addLeaper<C, W>(b, list, from, knightDirs, isPinned); break;
-      case Pawn: addPawnMoves<C, W>(b, list, from, isPinned, mode); break;
-      default: break;
+    // Tests in the order of the slots rather than a jump through a table,
+    // which the slot pattern makes hard to predict.
+    const int piece = b.piece[from];
+    if (piece == Pawn) {
+      addPawnMoves<C, W>(b, list, from, isPinned, mode);
+    } else if (piece == King) {
+      addLeaper<C, W>(b, list, from, kingDirs, Filter{true});
+    } else if (piece == Knight) {
+      addLeaper<C, W>(b, list, from, knightDirs, isPinned);
+    } else {
+      if (piece != Bishop) addSlider<C, W>(b, list, from, orthogonalDirs, isPinned);
+      if (piece != Rook) addSlider<C, W>(b, list, from, diagonalDirs, isPinned);
     }
   }
 }
