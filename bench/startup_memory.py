@@ -4,7 +4,7 @@
 Starts the engine in an empty folder (no tolva.ini), sends `xboard` and
 `protover 2`, and times the wait for the feature line that ends with done=1,
 the reply a host waits for. Then reads the resident set (VmRSS) and its peak
-(VmHWM) from /proc and quits. Several runs; prints each and the median.
+(VmHWM) from /proc, once the set has stopped growing, and quits. Several runs; prints each and the median.
 
 usage: bench/startup_memory.py [path/to/tolva] [runs]
 """
@@ -26,11 +26,18 @@ def one_run(binary):
             if line.startswith("feature") and "done=1" in line:
                 break
         seconds = time.monotonic() - start
-        status = {}
-        with open(f"/proc/{proc.pid}/status") as f:
-            for row in f:
-                key, _, value = row.partition(":")
-                status[key] = value.strip()
+        # The tables' pages are mapped by a helper thread after the reply:
+        # the resident set is read once it has stopped growing.
+        status, last = {}, -1
+        for _ in range(100):
+            with open(f"/proc/{proc.pid}/status") as f:
+                for row in f:
+                    key, _, value = row.partition(":")
+                    status[key] = value.strip()
+            if status["VmRSS"] == last:
+                break
+            last = status["VmRSS"]
+            time.sleep(0.1)
         proc.stdin.write("quit\n")
         proc.stdin.flush()
         proc.communicate()
