@@ -7,7 +7,10 @@
 # usage: bench/pgo_build.sh [build-folder]
 set -eu
 dir=${1:-build-pgo}
-profile="$(pwd)/$dir/pgo-profile"
+case $dir in
+  /*) profile="$dir/pgo-profile" ;;
+  *) profile="$(pwd)/$dir/pgo-profile" ;;
+esac
 rm -rf "$profile"
 cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTOLVA_PGO=GENERATE -DTOLVA_PGO_DIR="$profile" >/dev/null
 cmake --build "$dir" -j2 --target tolva tolva_search_nodes
