@@ -80,15 +80,17 @@ bool TimeControl::setDepth(const std::string& depth) {
 SessionPosition TimeControl::sessionPosition(uint32_t ply) const {
   SessionPosition position;
   position.fullMoveNumber = (ply >> 1) + 1;
-  if (movesPerSession == 0) {
+  // Read once: a `level` during a search may change it between two reads.
+  const uint32_t moves = movesPerSession;
+  if (moves == 0) {
     position.remainingMoves = 32;
     position.nSessions = 1;
     return position;
   }
-  uint32_t q = position.fullMoveNumber / movesPerSession;
-  uint32_t r = position.fullMoveNumber % movesPerSession;
+  uint32_t q = position.fullMoveNumber / moves;
+  uint32_t r = position.fullMoveNumber % moves;
   if (r != 0) {
-    position.remainingMoves = movesPerSession + 1 - r;
+    position.remainingMoves = moves + 1 - r;
     position.nSessions = q + 1;
   } else {
     position.remainingMoves = 1;
