@@ -42,6 +42,7 @@ void preparePerftHash(PerftTable& perft) {
   }
   perft.hash = std::make_unique<PerftHashTable>("Perft hash");
   perft.currentSizeMB = uint32_t(perft.hash->sizeFor(perft.sizeMB));
+  perft.hash->waitUntilMapped();
 }
 
 double perftHashFill(const PerftHashTable& table) {

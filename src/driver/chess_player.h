@@ -30,6 +30,12 @@ class ChessPlayer : public SearchInterface, public GameRecord {
 
   // Makes the hash tables and the thread set match the settings.
   void setupSearch(bool recreate);
+  // The speed-measuring commands (perft, divide, selftest) first let the
+  // search tables' pages be mapped, so that the kernel's work doesn't slow them.
+  void waitForTablePages() {
+    if (ttHash) ttHash->waitUntilMapped();
+    if (pawnHash) pawnHash->waitUntilMapped();
+  }
   // Cancels a running search; its result is discarded.
   void stopSearch();
   // Waits for every thread to be idle and puts it in the exit state.

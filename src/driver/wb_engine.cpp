@@ -84,11 +84,18 @@ bool WBEngine::cmdEval(const Arguments&) {
   return true;
 }
 
-bool WBEngine::cmdPerft(const Arguments& args) { return runPerftCommand(*player.board, *player.timeControl, player.perft, args); }
+bool WBEngine::cmdPerft(const Arguments& args) {
+  player.waitForTablePages();
+  return runPerftCommand(*player.board, *player.timeControl, player.perft, args);
+}
 
-bool WBEngine::cmdDivide(const Arguments& args) { return runDivideCommand(*player.board, *player.timeControl, player.perft, args); }
+bool WBEngine::cmdDivide(const Arguments& args) {
+  player.waitForTablePages();
+  return runDivideCommand(*player.board, *player.timeControl, player.perft, args);
+}
 
 bool WBEngine::cmdSelftest(const Arguments&) {
+  player.waitForTablePages();
   runSelfTests(*player.board, player.perft);
   // The rows leave their own position behind; the game starts afresh.
   newGame();
