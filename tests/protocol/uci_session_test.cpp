@@ -129,6 +129,15 @@ TEST(UciProtocolTest, SessionTranscripts) {
   }
 }
 
+// A depth ends the search by itself: the input stays open, as a host keeps it.
+TEST(UciProtocolTest, ADepthEndsTheSearchWithTheInputOpen) {
+  Session engine;
+  ASSERT_TRUE(engine.send("uci\ngo depth 1\n"));
+  ASSERT_TRUE(engine.waitFor("bestmove ", 20)) << engine.output();
+  EXPECT_EQ(engine.output().find("info depth 2 "), std::string::npos) << engine.output();
+  EXPECT_EQ(engine.end(), 0);
+}
+
 TEST(UciProtocolTest, OnlyAFirstLineChoosesUci) {
   EngineOutcome out = run("xboard\nuci\nquit\n");
   EXPECT_EQ(out.output, startup + prompt + "\n");
