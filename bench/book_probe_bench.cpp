@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "board/fen.h"
-#include "driver/opening_book.h"
+#include "book/opening_book.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "diagnostics/random_games.h"
-#include "driver/chess_player.h"
+#include "player/chess_player.h"
 
 namespace {
 

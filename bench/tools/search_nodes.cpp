@@ -16,11 +16,7 @@
 #include <vector>
 
 #include "board/fen.h"
-#if __has_include("search/time_control.h")
 #include "search/time_control.h"
-#else
-#include "driver/time_control.h"
-#endif
 #include "search/search_thread.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include "../board/board_test_support.h"
 #include "board/draw_rules.h"
 #include "diagnostics/random_games.h"
-#include "driver/chess_player.h"
+#include "player/chess_player.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "board/move_generation.h"
 #include "board/move_text.h"
 #include "board/string_split.h"
-#include "driver/command_loop.h"
+#include "xboard/command_loop.h"
 
 namespace {
 

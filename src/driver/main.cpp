@@ -1,3 +1,0 @@
-#include "driver/startup.h"
-
-int main(int argc, char** argv) { return runTolva(argc, argv); }

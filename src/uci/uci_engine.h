@@ -1,0 +1,92 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "player/engine_interface.h"
+#include "uci/uci_go.h"
+#include "uci/uci_options.h"
+#include "search/search_interface.h"
+
+class ChessPlayer;
+class TimeControl;
+
+// The UCI front end over the engine's own game and search. It takes the
+// place of the xboard front end as the player's EngineInterface (the
+// finished move becomes `bestmove`) and as the search's SearchInterface
+// (UCI thinking lines, a millisecond deadline, a node limit).
+//
+// The command thread reads lines while the search runs; `isready` and
+// `stop` are answered at once. What the two threads share: the deadline and
+// the node limit (atomics; ponderhit moves the deadline), and the state of
+// the answer to `go` under answerMutex, so that `bestmove` goes out exactly
+// once, by the search or by `stop`.
+class UciEngine : public EngineInterface, public SearchInterface {
+ public:
+  UciEngine(ChessPlayer& player, TimeControl& timeControl);
+  ~UciEngine() override;
+  UciEngine(const UciEngine&) = delete;
+  UciEngine& operator=(const UciEngine&) = delete;
+
+  // Runs one line; false when it was `quit`. `receivedMs` is when it was read.
+  bool handleLine(const std::string& line, int64_t receivedMs);
+  // Reads and runs lines until `quit` or the end of input.
+  void run(int inputFd);
+
+  // EngineInterface, on thread 0 at the end of its think.
+  void makeEngineMove(Move& move) override;
+  void searchEndedWithoutMove() override;
+
+  // SearchInterface, on thread 0.
+  bool isTimeUp() override;
+  void reportLine(uint32_t depth, int32_t score, const PvLine& line) override;
+  void reportStatistics(uint32_t) override {}
+
+ private:
+  void cmdUci();
+  void cmdIsready();
+  void cmdSetoption(const std::vector<std::string>& words);
+  void cmdUcinewgame();
+  void cmdPosition(const std::vector<std::string>& words);
+  void cmdGo(const std::vector<std::string>& words, int64_t receivedMs);
+  void cmdStop();
+  void cmdPonderhit();
+  void cmdQuit();
+
+  // A go is still waiting for its bestmove.
+  bool answerPending();
+  // After a bestmove, thread 0 may still be on its way to idle: waits for it,
+  // so that the game and the tables can be changed.
+  void settle();
+  // The deadline of a timed search started at `startMs` with `limits`; 0 for none.
+  int64_t deadlineFor(const UciGoLimits& limits, int64_t startMs) const;
+  // Prints the bestmove line, or keeps it when the search must not end by
+  // itself (infinite, ponder). Caller holds answerMutex.
+  void answerLocked(const std::string& bestmove);
+
+  ChessPlayer& player_;
+  TimeControl& timeControl_;
+  EngineInterface* previousEngine_;
+  UciSettings settings_;
+  bool debug_ = false;
+
+  // Set by the command thread before the search starts; the start hands them over.
+  int64_t searchStartMs_ = 0;
+  int64_t nodeLimit_ = 0;  // 0: none
+  uint32_t timeCheckCalls_ = 0;  // thread 0 only
+  std::atomic<int64_t> deadlineMs_{0};  // 0: none
+
+  std::mutex answerMutex_;
+  bool answerPending_ = false;  // a go waits for its bestmove
+  bool holdAnswer_ = false;     // infinite or ponder: the answer waits for stop or ponderhit
+  bool pondering_ = false;      // go ponder, no ponderhit yet
+  std::string heldAnswer_;      // a bestmove line kept back by holdAnswer_
+  UciGoLimits pendingLimits_;   // the go being answered, for ponderhit
+};
+
+// The UCI session after the host's first line `uci`: answers it and runs the
+// rest of the input, with comment lines kept off the output.
+void runUciSession(ChessPlayer& player, TimeControl& timeControl, FILE* input);

@@ -1,0 +1,47 @@
+// The millisecond allocation of UCI clocks: what one move may use, and that
+// whole games on short clocks never run out.
+#include <gtest/gtest.h>
+
+#include "uci/uci_time.h"
+
+namespace {
+
+struct AllocationRow {
+  int64_t time, increment, movesToGo, expected;
+};
+
+TEST(UciTimeTest, AllocationTable) {
+  const AllocationRow rows[] = {
+      {1000, 10, 0, 28},       // 1 s + 10 ms: a thirtieth of what is left after the reserve and overheads
+      {2000, 100, 0, 145},     // the increments of the coming moves count
+      {60000, 0, 0, 1956},     // sudden death
+      {60000, 1000, 0, 2923},  //
+      {300000, 0, 40, 7465},   // 40 moves in 5 minutes
+      {2000, 0, 1, 1492},      // the last move before the control: three quarters of the clock
+      {100, 1000, 0, 30},      // a big increment on an empty clock: a third of the clock at most
+      {0, 0, 0, 1},            // an empty clock or one the host sends negative: still a move
+      {-50, 10, 0, 1},
+  };
+  for (const AllocationRow& row : rows) {
+    SCOPED_TRACE(row.time);
+    EXPECT_EQ(allocateMoveTime(UciClock{row.time, row.increment, row.movesToGo}), row.expected);
+  }
+  EXPECT_EQ(fixedMoveTime(500), 499);
+  EXPECT_EQ(fixedMoveTime(0), 1);
+}
+
+// Many moves, each costing its budget and half the overhead allowed for: the clock stays positive.
+TEST(UciTimeTest, ShortClocksLastTheGame) {
+  const AllocationRow clocks[] = {{1000, 10, 0, 0}, {2000, 100, 0, 0}, {5000, 50, 0, 0}, {60000, 0, 40, 0}};
+  for (const AllocationRow& start : clocks) {
+    int64_t time = start.time;
+    for (int move = 0; move < 300; ++move) {
+      const int64_t movesToGo = start.movesToGo ? start.movesToGo - move % start.movesToGo : 0;
+      time -= allocateMoveTime(UciClock{time, start.increment, movesToGo}) + MoveOverheadMs / 2 - start.increment;
+      if (movesToGo == 1) time += start.time;
+      ASSERT_GT(time, 0) << "clock " << start.time << "+" << start.increment << ", move " << move;
+    }
+  }
+}
+
+}  // namespace
