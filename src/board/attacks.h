@@ -225,6 +225,17 @@ inline bool passesTrial(Board_0x88& b, Move m) {
   return !attacked;
 }
 
+// The squares of a castling path empty and those that the king passes not
+// attacked by `Them`; the king's start and destination are the caller's.
+template <Color Them>
+inline bool castlingPathIsFree(const Board_0x88& b, const CastlingPath& path) {
+  for (unsigned i = 0; i < path.emptyCount; ++i)
+    if (b.piece[path.mustBeEmpty[i]] != NoPiece) return false;
+  for (unsigned i = 0; i < path.passedCount; ++i)
+    if (isAttacked<Them>(b, path.passed[i])) return false;
+  return true;
+}
+
 // Legality of a pseudo-legal move when not in check: only king moves, pinned
 // pieces and en passant pay for a trial.
 template <Color Side>

@@ -208,22 +208,20 @@ inline uint64_t evasionTargets(const Board_0x88& b) {
   return between | (uint64_t(1) << toSquare64(checkers[0]));
 }
 
-// Castling, king side first; the passed square must not be attacked and the
+// Castling, king side first, by the rules the position was set up with: the
+// squares between empty and the squares the king passes not attacked; the
 // destination is tested by the trial like every king move.
 template <Color C, Walk W, typename List>
 inline void addCastling(Board_0x88& b, List& list) {
-  constexpr Color Them = opponent(C);
-  constexpr Square e = C == White ? 4 : 116;
-  constexpr uint8_t kingSide = C == White ? CastleWK : CastleBK;
-  constexpr uint8_t queenSide = C == White ? CastleWQ : CastleBQ;
-  constexpr unsigned kingDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
-  constexpr unsigned queenDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
-  if ((b.castlingRights & kingSide) && b.piece[e + 1] == NoPiece && b.piece[e + 2] == NoPiece &&
-      !isAttacked<Them>(b, Square(e + 1)))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), Filter{true});
-  if ((b.castlingRights & queenSide) && b.piece[e - 1] == NoPiece && b.piece[e - 2] == NoPiece &&
-      b.piece[e - 3] == NoPiece && !isAttacked<Them>(b, Square(e - 1)))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), Filter{true});
+  constexpr unsigned first = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  const unsigned rights = b.castlingRights >> first;
+  if (!(rights & 3)) return;
+  for (unsigned right = first; right <= first + 1; ++right) {
+    if (!(rights & (1u << (right - first)))) continue;
+    const CastlingPath& path = b.castling.path[right];
+    if (castlingPathIsFree<opponent(C)>(b, path))
+      addFiltered<C, W>(b, list, encodeMove88(path.kingFrom, path.moveTo, MoveCastling, right), Filter{true});
+  }
 }
 
 }  // namespace gen_detail

@@ -50,25 +50,17 @@ inline bool pieceReaches(const Board_0x88& b, int piece, Square from, Square to)
   return true;
 }
 
-// Castling as the generator builds it: right set, squares between empty, king
-// not in check and the passed square not attacked. The destination is left to
-// the legality trial, as for every king move.
+// Castling as the generator builds it: right set, the path free, and the
+// king not in check. The destination is left to the legality trial, as for
+// every king move.
 template <Color C>
 inline bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
   using G = Geometry<C>;
-  constexpr Square e = G::kingHome;
-  if (from != e || b.piece[e] != King) return false;
-  if (detail == G::kingSideDetail) {
-    if (to != e + 2 || !(b.castlingRights & G::kingSideRight)) return false;
-    if (!isEmpty(b, e + 1) || !isEmpty(b, e + 2)) return false;
-    return !isAttacked<G::Them>(b, Square(e + 1)) && !isAttacked<G::Them>(b, e);
-  }
-  if (detail == G::queenSideDetail) {
-    if (to != e - 2 || !(b.castlingRights & G::queenSideRight)) return false;
-    if (!isEmpty(b, e - 1) || !isEmpty(b, e - 2) || !isEmpty(b, e - 3)) return false;
-    return !isAttacked<G::Them>(b, Square(e - 1)) && !isAttacked<G::Them>(b, e);
-  }
-  return false;
+  if (detail != G::kingSideDetail && detail != G::queenSideDetail) return false;
+  if (!(b.castlingRights & (1u << detail))) return false;
+  const CastlingPath& path = b.castling.path[detail];
+  if (from != path.kingFrom || to != path.moveTo || b.piece[from] != King || b.color[from] != C) return false;
+  return castlingPathIsFree<G::Them>(b, path) && !isAttacked<G::Them>(b, from);
 }
 
 }  // namespace pseudo_legal_detail
@@ -80,6 +72,8 @@ inline bool isPseudoLegal(const Board_0x88& b, Move m) {
   if (m == NoMove) return false;
   const Square from = moveFromSquare(m);
   const Square to = moveToSquare(m);
+  // A Chess960 castling goes to the own rook's square.
+  if (moveKind(m) == MoveCastling) return castlingPossible<C>(b, from, to, moveDetail(m));
   if (b.color[from] != C || b.color[to] == C) return false;
   const int piece = b.piece[from];
   const unsigned detail = moveDetail(m);
@@ -87,8 +81,6 @@ inline bool isPseudoLegal(const Board_0x88& b, Move m) {
   switch (moveKind(m)) {
     case MovePromotion:
       return piece == Pawn && rankOf(from) == G::promotionSourceRank && pawnReaches<C>(b, from, to);
-    case MoveCastling:
-      return castlingPossible<C>(b, from, to, detail);
     case MoveEnPassant: {
       if (detail != 0 || b.epSquare == NoSquare || to != b.epSquare || piece != Pawn || !isEmpty(b, to)) return false;
       if (from != uint8_t(to - G::capture1) && from != uint8_t(to - G::capture2)) return false;
