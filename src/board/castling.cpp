@@ -14,6 +14,7 @@ void buildPath(CastlingPath& p, int right, Square king, Square rook, bool chess9
   p.kingFrom = king;
   p.rookFrom = rook;
   p.moveTo = chess960 ? rook : kingTo;
+  p.move = encodeMove88(king, p.moveTo, MoveCastling, unsigned(right));
   const int low = std::min({king, rook, kingTo, rookTo});
   const int high = std::max({king, rook, kingTo, rookTo});
   for (int sq = low; sq <= high; ++sq)

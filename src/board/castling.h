@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "board/move.h"
 #include "board/types.h"
 
 // Castling right bits, in FEN letter order K, Q, k, q. The index of a bit
@@ -23,6 +24,8 @@ struct CastlingPath {
   // Chess960 the rook's square (the king takes its own rook), so that no
   // castling can look like a plain king move.
   Square moveTo = NoSquare;
+  // The castling move as the generator makes it.
+  Move move = NoMove;
   uint8_t emptyCount = 0;
   uint8_t passedCount = 0;
   // Every square that king or rook passes over or lands on, their own two aside.

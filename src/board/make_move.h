@@ -25,8 +25,15 @@ inline void subPsq(ScorePair& sum, const ScorePair& v) {
 }
 
 inline void updateCastlingKey(const Board_0x88& b, uint8_t before, uint8_t after, uint64_t& key) {
-  key ^= b.castling.rightsKey[(before ^ after) & 15];
+  if (before != after) key ^= b.castling.rightsKey[(before ^ after) & 15];
 }
+
+// The legality trial's castling, out of line: rare in a tree, it would
+// otherwise cost the trial's common moves their registers.
+template <Color C>
+[[gnu::noinline]] void castleLight(Board_0x88& b, Square kingFrom, unsigned detail);
+template <Color C>
+[[gnu::noinline]] void uncastleLight(Board_0x88& b, Square kingFrom, unsigned detail);
 
 // Takes the piece on sq off the board; keys and psq as the mode keeps them.
 template <Mode M>
@@ -150,7 +157,7 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
     } else if (kind == MoveCastling) {
       // In Chess960 `to` is the own rook: nothing is taken.
       u.captured = 0;
-      castle<C, M>(b, from, moveDetail(m));
+      castleLight<C>(b, from, moveDetail(m));
     } else {
       u.captured = capturedCode(b, to);
       if (b.piece[to] != NoPiece) removePiece<M>(b, to);
@@ -270,7 +277,10 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
     }
     case MoveCastling: {
       const unsigned detail = moveDetail(m);
-      relocateKingAndRook(b, castlingKingTo[detail], castlingRookTo[detail], from, b.castling.path[detail].rookFrom);
+      if constexpr (M == Mode::Light)
+        uncastleLight<C>(b, from, detail);
+      else
+        relocateKingAndRook(b, castlingKingTo[detail], castlingRookTo[detail], from, b.castling.path[detail].rookFrom);
       break;
     }
     case MoveEnPassant:
@@ -292,6 +302,15 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
     b.halfMoveClock = u.halfMoveClock;
     --b.ply;
   }
+}
+
+template <Color C>
+void castleLight(Board_0x88& b, Square kingFrom, unsigned detail) {
+  castle<C, Mode::Light>(b, kingFrom, detail);
+}
+template <Color C>
+void uncastleLight(Board_0x88& b, Square kingFrom, unsigned detail) {
+  relocateKingAndRook(b, castlingKingTo[detail], castlingRookTo[detail], kingFrom, b.castling.path[detail].rookFrom);
 }
 
 }  // namespace make_detail

@@ -209,19 +209,23 @@ inline uint64_t evasionTargets(const Board_0x88& b) {
 }
 
 // Castling, king side first, by the rules the position was set up with: the
-// squares between empty and the squares the king passes not attacked; the
-// destination is tested by the trial like every king move.
-template <Color C, Walk W, typename List>
+// squares between empty, the squares the king passes not attacked, and, the
+// trial of every king move, its destination safe once both have moved. Out
+// of line: the generators' own loops keep their registers.
+template <Color C, typename List>
+[[gnu::noinline]] void addCastlingIfLegal(Board_0x88& b, List& list, unsigned right) {
+  const CastlingPath& path = b.castling.path[right];
+  if (list.count < List::capacity && castlingPathIsFree<opponent(C)>(b, path) && castlingLandsSafely<C>(b, path, right))
+    list.add(path.move);
+}
+
+template <Color C, typename List>
 inline void addCastling(Board_0x88& b, List& list) {
-  constexpr unsigned first = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
-  const unsigned rights = b.castlingRights >> first;
+  constexpr unsigned kingSide = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  const unsigned rights = b.castlingRights >> kingSide;
   if (!(rights & 3)) return;
-  for (unsigned right = first; right <= first + 1; ++right) {
-    if (!(rights & (1u << (right - first)))) continue;
-    const CastlingPath& path = b.castling.path[right];
-    if (castlingPathIsFree<opponent(C)>(b, path))
-      addFiltered<C, W>(b, list, encodeMove88(path.kingFrom, path.moveTo, MoveCastling, right), Filter{true});
-  }
+  if (rights & 1) addCastlingIfLegal<C>(b, list, kingSide);
+  if (rights & 2) addCastlingIfLegal<C>(b, list, kingSide + 1);
 }
 
 }  // namespace gen_detail
@@ -232,7 +236,7 @@ inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, List& list) {
   using namespace gen_detail;
   addEnPassant<C, Walk::All>(b, list);
   walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::All>(b, list);
+  addCastling<C>(b, list);
 }
 
 // All legal moves of a side in check; every candidate is tried.
@@ -257,7 +261,7 @@ template <Color C>
 inline void generateQuiets(Board_0x88& b, const PinMasks& pins, MoveList& list) {
   using namespace gen_detail;
   walkPieces<C, Walk::Quiets>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::Quiets>(b, list);
+  addCastling<C>(b, list);
 }
 
 // Room for two moves: enough to tell one legal move from several.
@@ -285,7 +289,7 @@ inline bool hasOneLegalMove(Board_0x88& b, const PinMasks& pins) {
   FirstTwoMoves list;
   addEnPassant<C, Walk::All>(b, list);
   walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::All>(b, list);
+  addCastling<C>(b, list);
   return list.count == 1;
 }
 

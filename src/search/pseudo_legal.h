@@ -52,9 +52,9 @@ inline bool pieceReaches(const Board_0x88& b, int piece, Square from, Square to)
 
 // Castling as the generator builds it: right set, the path free, and the
 // king not in check. The destination is left to the legality trial, as for
-// every king move.
+// every king move. Out of line: a castling hint is rare.
 template <Color C>
-inline bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
+[[gnu::noinline]] bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
   using G = Geometry<C>;
   if (detail != G::kingSideDetail && detail != G::queenSideDetail) return false;
   if (!(b.castlingRights & (1u << detail))) return false;
@@ -73,14 +73,15 @@ inline bool isPseudoLegal(const Board_0x88& b, Move m) {
   const Square from = moveFromSquare(m);
   const Square to = moveToSquare(m);
   // A Chess960 castling goes to the own rook's square.
-  if (moveKind(m) == MoveCastling) return castlingPossible<C>(b, from, to, moveDetail(m));
-  if (b.color[from] != C || b.color[to] == C) return false;
+  if (b.color[from] != C || (b.color[to] == C && moveKind(m) != MoveCastling)) return false;
   const int piece = b.piece[from];
   const unsigned detail = moveDetail(m);
 
   switch (moveKind(m)) {
     case MovePromotion:
       return piece == Pawn && rankOf(from) == G::promotionSourceRank && pawnReaches<C>(b, from, to);
+    case MoveCastling:
+      return castlingPossible<C>(b, from, to, detail);
     case MoveEnPassant: {
       if (detail != 0 || b.epSquare == NoSquare || to != b.epSquare || piece != Pawn || !isEmpty(b, to)) return false;
       if (from != uint8_t(to - G::capture1) && from != uint8_t(to - G::capture2)) return false;

@@ -40,7 +40,8 @@ void writeUciOptions(std::ostream& out, const UciSettings& settings) {
       << spin("PawnHash", player.pawnHashSizeMB, 1, MaxSettingSizeMB)
       << "option name OwnBook type check default " << (settings.ownBook ? "true" : "false") << "\n"
       << text("BookFile", settings.player.book.currentPath()) << text("GaviotaTbPath", player.gtbPath)
-      << spin("GaviotaTbCache", player.gtbCacheSizeMB, 0, MaxSettingSizeMB);
+      << spin("GaviotaTbCache", player.gtbCacheSizeMB, 0, MaxSettingSizeMB)
+      << "option name UCI_Chess960 type check default " << (settings.chess960 ? "true" : "false") << "\n";
 }
 
 bool setUciOption(UciSettings& settings, const std::string& name, const std::string& givenValue, bool searching,
@@ -65,13 +66,14 @@ bool setUciOption(UciSettings& settings, const std::string& name, const std::str
     player.requestedCores = uint32_t(size);
     return true;
   }
-  if (key == "ownbook") {
+  if (key == "ownbook" || key == "uci_chess960") {
     const std::string flag = lowerCase(value);
     if (flag != "true" && flag != "false") {
       error = "option " + name + " not changed: value '" + givenValue + "' is neither true nor false";
       return false;
     }
-    settings.ownBook = flag == "true";
+    // Chess960 takes effect with the next position.
+    (key == "ownbook" ? settings.ownBook : settings.chess960) = flag == "true";
     return true;
   }
   if (key == "bookfile" || key == "gaviotatbpath") {

@@ -5,11 +5,13 @@
 class ChessPlayer;
 
 // The settings a UCI host may change: the engine's own settings under the
-// names UCI hosts know, and OwnBook, which says whether a game move may come
-// from the book.
+// names UCI hosts know, OwnBook, which says whether a game move may come
+// from the book, and UCI_Chess960, which says how positions and castling
+// moves are read and written.
 struct UciSettings {
   ChessPlayer& player;
   bool ownBook = true;
+  bool chess960 = false;
 };
 
 // The "option name ..." lines of the `uci` answer; the defaults shown are the

@@ -18,7 +18,8 @@ const std::string gtb4 = TOLVA_GAVIOTA_DIR "/gtb4";
 const std::string book = TOLVA_TEST_DATA_DIR "/performance.bin";
 
 std::string handshake(const std::string& hash = "256", const std::string& pawnHash = "32",
-                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin") {
+                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin",
+                      const std::string& chess960 = "false") {
   return "id name Tolva 0.7.0\nid author the Tolva developers\n"
          "option name Hash type spin default " + hash + " min 1 max 1048576\n"
          "option name Threads type spin default 1 min 1 max " + std::to_string(std::thread::hardware_concurrency()) +
@@ -26,7 +27,8 @@ std::string handshake(const std::string& hash = "256", const std::string& pawnHa
          "option name OwnBook type check default " + ownBook + "\n"
          "option name BookFile type string default " + bookFile + "\n"
          "option name GaviotaTbPath type string default C:/gtb\n"
-         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\nuciok\n";
+         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\n"
+         "option name UCI_Chess960 type check default " + chess960 + "\nuciok\n";
 }
 
 // Start-up and the prompt are as in the console; `uci` ends the prompt's line.
@@ -60,13 +62,13 @@ const UciRow rows[] = {
      "setoption name Hash value 16\nsetoption name PAWNHASH value 8\nsetoption name OwnBook value false\n"
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
      "setoption name OwnBook value maybe\nsetoption name Ponder value true\nsetoption name GaviotaTbCache value -1\n"
-     "setoption\nuci\n",
+     "setoption name uci_chess960 value TRUE\nsetoption\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
          info("option Threads not changed: value 'x' is not a number from 1 to " +
               std::to_string(std::thread::hardware_concurrency())) +
          info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Ponder") +
          info("option GaviotaTbCache not changed: value '-1' is not a number from 0 to 1048576") +
-         info("setoption ignored: no option name") + handshake("16", "8", "false", "my book.bin"),
+         info("setoption ignored: no option name") + handshake("16", "8", "false", "my book.bin", "true"),
      false},
     {"moves: castling, en passant, promotion",
      "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1g1 e8c8 f1f8 d8f8\n"
@@ -81,6 +83,18 @@ const UciRow rows[] = {
          info(refused + "illegal move 'a7a8' (move 1 of the list)") +
          info("warning: castling rights without their king or rook at home dropped: KQ"),
      false},
+    {"Chess960: Shredder-FEN and X-FEN, castling as the king taking its rook",
+     "position fen k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1\nsetoption name UCI_Chess960 value true\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1h1 e8a8 f1f8 d8f8\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w HAha - 0 1 moves e1a1 e8h8 d1d8 f8d8\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w HAha - 0 1 moves e1g1\n"
+     "position fen 4k3/8/8/8/8/8/8/4K3 w K - 0 1\n"
+     "position fen k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1\ngo depth 2\n",  // castling, king and rook trading squares, is the only move
+     quoted(info(refused + "the board refuses the FEN 'k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1'") +
+            info(refused + "illegal move 'e1g1' (move 1 of the list)") +
+            info(refused + "the board refuses the FEN '4k3/8/8/8/8/8/8/4K3 w K - 0 1': castling right 'K': no white rook "
+                           "on the king side of rank 1")) + search("f1g1"),
+     true},
     {"bad positions leave the last good one", forced + "position fen 8/8/8 w - - 0 1\nposition fen k7/8/8/8/8/8/8/8 w - - 0 1\n"
      "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\ngo depth 3\n",
      quoted(info(refused + "the board refuses the FEN '8/8/8 w - - 0 1'") + info(refused +
