@@ -10,6 +10,7 @@
 #include "player/line_atomic_output.h"
 #include "uci/uci_info.h"
 #include "uci/uci_input.h"
+#include "uci/uci_perft.h"
 #include "uci/uci_position.h"
 #include "uci/uci_time.h"
 #include "search/search_thread.h"
@@ -182,6 +183,12 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   std::string error;
   if (!parseGoLimits(words, limits, error)) return infoString("go refused: " + error);
   settle();
+  if (limits.perft > 0) {
+    // A count ends by itself and answers no bestmove; the command thread
+    // counts, so the next command waits for it.
+    writeUciPerft(std::cout, player_, uint32_t(std::min<int64_t>(limits.perft, 1000)));
+    return;
+  }
 
   Board_0x88& board = *player_.board;
   MoveList moves;

@@ -28,6 +28,7 @@ constexpr NumberField numberFields[] = {
     {"winc", &UciGoLimits::whiteIncrement, INT64_MIN}, {"binc", &UciGoLimits::blackIncrement, INT64_MIN},
     {"movestogo", &UciGoLimits::movesToGo, 0},         {"depth", &UciGoLimits::depth, 1},
     {"nodes", &UciGoLimits::nodes, 1},                 {"movetime", &UciGoLimits::moveTime, 0},
+    {"perft", &UciGoLimits::perft, 1},
 };
 
 }  // namespace

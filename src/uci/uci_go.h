@@ -11,6 +11,7 @@ struct UciGoLimits {
   int64_t depth = -1;
   int64_t nodes = -1;
   int64_t moveTime = -1;
+  int64_t perft = -1;  // go perft N: a count, no search
   bool infinite = false;
   bool ponder = false;
 

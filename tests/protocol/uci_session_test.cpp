@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "protocol/perft_suite.h"
 #include "protocol/transcript.h"
 
 namespace {
@@ -115,6 +116,10 @@ const UciRow rows[] = {
     {"a book move with a clock", "setoption name BookFile value " + book + "\ngo wtime 9000 btime 9000\n",
      "bestmove " + uciMove + "\n", true},
     {"no book move for a depth", "setoption name BookFile value " + book + "\ngo depth 1\n", search(), true},
+    {"go perft", "position fen 4k3/8/8/8/8/8/8/K6R w - - 0 1\ngo perft 2\ngo perft 0\ngo perft\nisready\n",
+     "a1a2: 5\na1b1: 5\na1b2: 5\nh1g1: 5\nh1f1: 3\nh1e1: 4\nh1d1: 3\nh1c1: 5\nh1b1: 5\nh1h2: 5\nh1h3: 5\nh1h4: 5\n"
+     "h1h5: 5\nh1h6: 5\nh1h7: 2\nh1h8: 3\n\nNodes searched: 70\n" + info("go refused: bad number for perft: 0") +
+     info("go refused: missing number after perft") + "readyok\n", false},
 };
 
 TEST(UciProtocolTest, SessionTranscripts) {
@@ -150,6 +155,30 @@ TEST(UciProtocolTest, TablebaseScoresAreMates) {
   const std::string answer = out.output.substr(sessionStart.size());
   EXPECT_TRUE(std::regex_match(answer, std::regex(search(uciMove, "mate \\d+")))) << answer;
   EXPECT_TRUE(std::regex_search(answer, std::regex("tbhits [1-9]"))) << answer;
+}
+
+// `go perft` is divide in UCI's form, move for move, over the suite's
+// positions: "m n" lines become "m: n", and the total comes behind a blank line.
+TEST(UciProtocolTest, GoPerftCountsAsDivide) {
+  std::string xboardInput = "xboard\n", uciInput = "uci\n", expected, line;
+  std::vector<SuitePosition> suite = loadPerftSuite();
+  for (const SuitePosition& p : suite) {
+    xboardInput += "setboard " + p.fen + "\ndivide 2\n";
+    uciInput += "position fen " + p.fen + "\ngo perft 2\n";
+  }
+  size_t position = 0;
+  std::istringstream divide(run(xboardInput + "quit\n").output);
+  static const std::regex moveLine("([a-h][1-8][a-h][1-8][nbrq]?) ([0-9]+)"), total("Total leaves: ([0-9]+)");
+  for (std::smatch m; std::getline(divide, line);) {
+    if (std::regex_match(line, m, moveLine)) expected += m[1].str() + ": " + m[2].str() + "\n";
+    if (!std::regex_match(line, m, total)) continue;
+    expected += "\nNodes searched: " + m[1].str() + "\n";
+    ASSERT_LT(position, suite.size());
+    EXPECT_EQ(std::stoull(m[1]), suite[position++].depths.at(1).leaves);
+  }
+  EXPECT_EQ(position, suite.size());
+  const std::string perft = run(uciInput).output;
+  EXPECT_EQ(perft.substr(perft.find("uciok\n") + 6), expected);
 }
 
 }  // namespace
