@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <thread>
 
@@ -55,6 +56,15 @@ void ChessPlayer::setupSearch(bool recreate) {
   for (uint32_t i = 0; i < currentCores; ++i)
     threads.push_back(std::make_unique<SearchThread>(i, ttHash.get(), pawnHash.get(), tablebases.get(), timeControl,
                                                      searchOutput, &ChessPlayer::think, this));
+}
+
+void ChessPlayer::clearSearchMemory() {
+  if (ttHash) ttHash->clear();
+  if (pawnHash) pawnHash->clear();
+  for (auto& t : threads) {
+    t->evalCache.clear();
+    std::memset(t->board.counterMove, 0, sizeof t->board.counterMove);
+  }
 }
 
 void ChessPlayer::startSearch() {

@@ -36,6 +36,9 @@ class ChessPlayer : public SearchInterface, public GameRecord {
     if (ttHash) ttHash->waitUntilMapped();
     if (pawnHash) pawnHash->waitUntilMapped();
   }
+  // Empties the tables and what the threads remember from earlier searches
+  // (evaluations, counter moves), keeping their sizes. Only while idle.
+  void clearSearchMemory();
   // Cancels a running search; its result is discarded.
   void stopSearch();
   // Waits for every thread to be idle and puts it in the exit state.

@@ -168,6 +168,7 @@ int64_t UciEngine::deadlineFor(const UciGoLimits& limits, int64_t startMs) const
     clock.timeLeft = time;
     clock.increment = white ? limits.whiteIncrement : limits.blackIncrement;
     clock.movesToGo = limits.movesToGo;
+    clock.overhead = settings_.moveOverheadMs;
     budget = allocateMoveTime(clock);
   }
   if (limits.moveTime >= 0) {

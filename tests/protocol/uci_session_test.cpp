@@ -19,7 +19,9 @@ const std::string gtb4 = TOLVA_GAVIOTA_DIR "/gtb4";
 const std::string book = TOLVA_TEST_DATA_DIR "/performance.bin";
 
 std::string handshake(const std::string& hash = "256", const std::string& pawnHash = "32",
-                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin") {
+                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin",
+                      const std::string& multiPv = "1", const std::string& overhead = "10",
+                      const std::string& ponder = "false") {
   return "id name Tolva 0.7.0\nid author the Tolva developers\n"
          "option name Hash type spin default " + hash + " min 1 max 1048576\n"
          "option name Threads type spin default 1 min 1 max " + std::to_string(std::thread::hardware_concurrency()) +
@@ -27,7 +29,10 @@ std::string handshake(const std::string& hash = "256", const std::string& pawnHa
          "option name OwnBook type check default " + ownBook + "\n"
          "option name BookFile type string default " + bookFile + "\n"
          "option name GaviotaTbPath type string default C:/gtb\n"
-         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\nuciok\n";
+         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\n"
+         "option name MultiPV type spin default " + multiPv + " min 1 max 256\n"
+         "option name Move Overhead type spin default " + overhead + " min 0 max 5000\n"
+         "option name Ponder type check default " + ponder + "\noption name Clear Hash type button\nuciok\n";
 }
 
 // Start-up and the prompt are as in the console; `uci` ends the prompt's line.
@@ -60,14 +65,18 @@ const UciRow rows[] = {
     {"options set and shown",
      "setoption name Hash value 16\nsetoption name PAWNHASH value 8\nsetoption name OwnBook value false\n"
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
-     "setoption name OwnBook value maybe\nsetoption name Ponder value true\nsetoption name GaviotaTbCache value -1\n"
-     "setoption\nuci\n",
+     "setoption name OwnBook value maybe\nsetoption name Pondering value true\nsetoption name GaviotaTbCache value -1\n"
+     "setoption\nsetoption name multipv value 3\nsetoption name MultiPV value 257\nsetoption name move OVERHEAD value 250\n"
+     "setoption name Move Overhead value -1\nsetoption name Ponder value True\nsetoption name Clear Hash\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
          info("option Threads not changed: value 'x' is not a number from 1 to " +
               std::to_string(std::thread::hardware_concurrency())) +
-         info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Ponder") +
+         info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Pondering") +
          info("option GaviotaTbCache not changed: value '-1' is not a number from 0 to 1048576") +
-         info("setoption ignored: no option name") + handshake("16", "8", "false", "my book.bin"),
+         info("setoption ignored: no option name") +
+         info("option MultiPV not changed: value '257' is not a number from 1 to 256") +
+         info("option Move Overhead not changed: value '-1' is not a number from 0 to 5000") +
+         handshake("16", "8", "false", "my book.bin", "3", "250", "true"),
      false},
     {"moves: castling, en passant, promotion",
      "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1g1 e8c8 f1f8 d8f8\n"
@@ -106,9 +115,10 @@ const UciRow rows[] = {
     {"go infinite: isready, then stop", "go infinite\nisready\nstop\nisready\n", "(info .*\n)*readyok\n" + search() + "readyok\n",
      true},
     {"a search refuses what would change it", "go infinite\nposition startpos\ngo depth 1\nucinewgame\n"
-     "setoption name GaviotaTbPath value /x\nstop\n", "(info .*\n)*" + quoted(info("position ignored: a search is "
-     "running; send stop first") + info("go ignored: a search is running") + info("ucinewgame ignored: a search is running") +
-     info("option GaviotaTbPath not changed during a search")) + search(), true},
+     "setoption name GaviotaTbPath value /x\nsetoption name clear hash\nstop\n", "(info .*\n)*" + quoted(info("position "
+     "ignored: a search is running; send stop first") + info("go ignored: a search is running") + info("ucinewgame ignored: a "
+     "search is running") + info("option GaviotaTbPath not changed during a search") +
+     info("option clear hash not changed during a search")) + search(), true},
     {"go ponder, ponderhit", "go ponder wtime 300 btime 300\nponderhit\n", search(), true},
     {"mate and stalemate", "position fen k7/1Q6/1K6/8/8/8/8/8 b - - 0 1\ngo depth 3\n"
      "position fen k7/2Q5/1K6/8/8/8/8/8 b - - 0 1\ngo infinite\nisready\nstop\n", "info depth 0 score mate 0\n"
