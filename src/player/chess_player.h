@@ -30,8 +30,9 @@ class ChessPlayer : public SearchInterface, public GameRecord {
 
   // Makes the hash tables and the thread set match the settings.
   void setupSearch(bool recreate);
-  // The speed-measuring commands (perft, divide, selftest) first let the
-  // search tables' pages be mapped, so that the kernel's work doesn't slow them.
+  // The speed-measuring commands (perft, divide, selftest), the first search
+  // after a resize and UCI's readyok first let the search tables' pages be
+  // mapped, so that the kernel's work doesn't slow what follows.
   void waitForTablePages() {
     if (ttHash) ttHash->waitUntilMapped();
     if (pawnHash) pawnHash->waitUntilMapped();

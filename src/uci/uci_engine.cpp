@@ -101,11 +101,13 @@ void UciEngine::cmdUci() {
 }
 
 void UciEngine::cmdIsready() {
-  // Idle, the sizes set since the last search are applied now, so that the
-  // next timed search doesn't pay for them; under a search never.
+  // Idle, the sizes set since the last search are applied now, and the
+  // answer waits until the tables' pages are mapped, so that the next timed
+  // search doesn't pay for them; under a search it comes at once.
   if (!answerPending()) {
     settle();
     player_.setupSearch(false);
+    player_.waitForTablePages();
   }
   std::cout << "readyok" << std::endl;
 }
