@@ -13,6 +13,7 @@
 #include "board/relaxed.h"
 #include "search/time_control.h"
 #include "eval/pawn_hash.h"
+#include "search/root_request.h"
 #include "search/search_interface.h"
 #include "search/search_statistics.h"
 #include "search/tt_entry.h"
@@ -107,6 +108,9 @@ class ChessPlayer : public SearchInterface, public GameRecord {
   // Where the search threads report and ask for the time: this player, or
   // the UCI front end. Follows at the next setupSearch.
   SearchInterface* searchOutput = this;
+  // The root moves to choose from and the lines to show: set by the front
+  // end before a search starts (xboard keeps every move and one line).
+  RootRequest rootRequest;
   // The front end sets maxTime itself before each search (UCI clocks are the
   // host's, in milliseconds): no session allocation at the think's start.
   bool hostSetsTimeBudget = false;
