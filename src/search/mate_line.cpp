@@ -36,16 +36,41 @@ void extendMateLine(TTHashTable& table, Board_0x88& board, int32_t score, PvLine
     makeMoveForSide(board, move, undo);
   }
   for (; ply < matePly && line.length < PvLine::capacity && hasRoom(board); ++ply) {
-    // What the side to move must score here, seen from this position.
-    const bool winnerToMove = (ply % 2 == 0) == (score > 0);
-    const int32_t mateHere = MateScore - (matePly - ply);
-    const int32_t expected = winnerToMove ? mateHere : -mateHere;
+    // A move continues the line when the position after it is the mate, or
+    // is stored with the mate one ply nearer: the table's move first, then
+    // any other (a node where every move loses stores none).
+    const int32_t distance = matePly - ply - 1;
+    const bool winnerMovesNext = (ply % 2 == 1) == (score > 0);
+    const int32_t expected = winnerMovesNext ? MateScore - distance : -(MateScore - distance);
     int32_t stored = 0;
-    Move tableMove = NoMove, move = NoMove;
+    Move tableMove = NoMove;
     bool hit = false;
-    ttProbe(table, board, expected - 1, expected + 1, 0, 0, stored, tableMove, hit);
-    if (!hit || stored != expected || tableMove == NoMove || !findLegalMove(board, tableMove, move)) return;
-    makeMoveForSide(board, move, undo);
-    line.moves[line.length++] = move;
+    ttProbe(table, board, 0, 0, 0, 0, stored, tableMove, hit);
+    MoveList legal;
+    bool inCheck = false;
+    generateLegalMoves(board, legal, inCheck);
+    bool found = false;
+    for (int32_t i = -1; i < int32_t(legal.count) && !found; ++i) {
+      const Move move = i < 0 ? tableMove : legal.moves[i].move;
+      if (move == NoMove || (i >= 0 && sameMove(move, tableMove))) continue;
+      Move played = move;
+      if (i < 0 && !findLegalMove(board, move, played)) continue;
+      makeMoveForSide(board, played, undo);
+      if (distance == 0) {
+        MoveList replies;
+        bool mated = false;
+        generateLegalMoves(board, replies, mated);
+        found = mated && replies.count == 0;
+      } else {
+        bool childHit = false;
+        int32_t childScore = 0;
+        Move ignored = NoMove;
+        ttProbe(table, board, 0, 0, 0, 0, childScore, ignored, childHit);
+        found = childHit && childScore == expected;
+      }
+      if (found) line.moves[line.length++] = played;
+      else unmakeMoveForSide(board, played, undo);
+    }
+    if (!found) return;
   }
 }

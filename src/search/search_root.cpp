@@ -245,13 +245,13 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
       } else if (depth >= 6 && timed && firstTwoMovesTime * 3 / 2 > maxTime - elapsed()) {
         std::cout << "# probably not enough time left for another iteration" << std::endl;
         requestStop();
-      } else if (bestScore == ceilingScore) {
+      } else if (bestScore == ceilingScore && !severalLines) {
         if (bestScore == 0)
           std::cout << "# forced draw: " << moveText << std::endl;
         else
           std::cout << "# forced mate in " << MateScore - bestScore << " plies: " << moveText << std::endl;
         requestStop();
-      } else if (bestScore == floorScore && bestScore < 0) {
+      } else if (bestScore == floorScore && bestScore < 0 && !severalLines) {
         std::cout << "# getting mated in " << bestScore + MateScore << " plies: " << moveText << std::endl;
         requestStop();
       } else if (timeControl->depthLimited && depth == timeControl->maxDepth) {
