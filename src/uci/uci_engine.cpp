@@ -269,18 +269,16 @@ void UciEngine::cmdStop() {
 void UciEngine::cmdPonderhit() {
   std::lock_guard<std::mutex> hold(answerMutex_);
   if (!answerPending_ || !pondering_) return;
-  // The opponent played the expected move: from now on it is a timed search.
+  // The opponent played the expected move: from now on it is a timed search
+  // of the clock that go ponder gave, and the time spent pondering counts as
+  // spent on this move (the search has done that much of its work).
   pondering_ = false;
   holdAnswer_ = pendingLimits_.infinite;
-  const int64_t now = monotonicMs();
-  const int64_t deadline = deadlineFor(pendingLimits_, now);
+  const int64_t deadline = deadlineFor(pendingLimits_, searchStartMs_);
   const bool onClock = (player_.board->sideToMove == White ? pendingLimits_.whiteTime : pendingLimits_.blackTime) >= 0;
   if (deadline) deadlineMs_.store(deadline, std::memory_order_relaxed);
-  if (deadline && onClock) {
-    // The centisecond clock of the root's rules counts from the think's start.
-    const uint32_t sinceStart = timeControl_.currentElapsed() - timeControl_.elapsedAtMoveStart;
-    timeControl_.maxTime = sinceStart + uint32_t(std::max<int64_t>((deadline - now) / 10, 1));
-  }
+  // The centisecond clock of the root's rules counts from the think's start too.
+  if (deadline && onClock) timeControl_.maxTime = uint32_t(std::max<int64_t>((deadline - searchStartMs_) / 10, 1));
   if (!holdAnswer_ && !heldAnswer_.empty()) answerLocked(heldAnswer_);
 }
 
