@@ -9,7 +9,7 @@
 # Environment: TOLVA_HOST_TIMEOUT (seconds for the whole match, default 600),
 #              TOLVA_HOST_KEEP=1 keeps the working directory,
 #              TOLVA_HOST_PONDER=1 lets xboard ponder (-ponder): polyglot then
-#              sends `go ponder`, `ponderhit` and `stop`, as its log must show.
+#              sends `go ... ponder`, `ponderhit` and `stop`, as its log must show.
 # Exit status: 0 pass, 1 fail, 77 skipped when polyglot, xboard, xvfb-run,
 # xauth or fairymax is missing.
 set -u
@@ -102,8 +102,8 @@ fi
 if [ "$ponder" = 1 ]; then
   if [ -s "$polyglot_log" ]; then
     grep -q 'option name Ponder type check' "$polyglot_log" || fail "Tolva did not list the Ponder option"
-    grep -q 'go ponder' "$polyglot_log" || fail "polyglot never sent go ponder"
-    grep -q -E 'ponderhit|stop' "$polyglot_log" || fail "no ponder search was ended by ponderhit or stop"
+    grep -q -E 'Adapter->Engine: go .*ponder' "$polyglot_log" || fail "polyglot never sent go ponder"
+    grep -q -E 'Adapter->Engine: (ponderhit|stop)$' "$polyglot_log" || fail "no ponder search was ended by ponderhit or stop"
   else
     fail "polyglot wrote no log"
   fi
