@@ -31,6 +31,13 @@ constexpr NumberField numberFields[] = {
     {"perft", &UciGoLimits::perft, 1},
 };
 
+// A word that starts a part of `go`, which ends a list of search moves.
+bool isKeyword(const std::string& word) {
+  for (const NumberField& f : numberFields)
+    if (word == f.name) return true;
+  return word == "infinite" || word == "ponder" || word == "searchmoves";
+}
+
 }  // namespace
 
 bool parseGoLimits(const std::vector<std::string>& words, UciGoLimits& limits, std::string& error) {
@@ -48,6 +55,10 @@ bool parseGoLimits(const std::vector<std::string>& words, UciGoLimits& limits, s
     const NumberField* field = nullptr;
     for (const NumberField& f : numberFields)
       if (word == f.name) field = &f;
+    if (word == "searchmoves") {
+      while (i + 1 < words.size() && !isKeyword(words[i + 1])) read.searchMoves.push_back(words[++i]);
+      continue;
+    }
     if (!field) continue;
     int64_t value = 0;
     if (i + 1 >= words.size()) {

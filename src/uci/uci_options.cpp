@@ -40,7 +40,11 @@ void writeUciOptions(std::ostream& out, const UciSettings& settings) {
       << spin("PawnHash", player.pawnHashSizeMB, 1, MaxSettingSizeMB)
       << "option name OwnBook type check default " << (settings.ownBook ? "true" : "false") << "\n"
       << text("BookFile", settings.player.book.currentPath()) << text("GaviotaTbPath", player.gtbPath)
-      << spin("GaviotaTbCache", player.gtbCacheSizeMB, 0, MaxSettingSizeMB);
+      << spin("GaviotaTbCache", player.gtbCacheSizeMB, 0, MaxSettingSizeMB)
+      << spin("MultiPV", settings.multiPv, 1, UciSettings::MaxMultiPv)
+      << spin("Move Overhead", settings.moveOverheadMs, 0, UciSettings::MaxMoveOverheadMs)
+      << "option name Ponder type check default " << (settings.ponder ? "true" : "false") << "\n"
+      << "option name Clear Hash type button\n";
 }
 
 bool setUciOption(UciSettings& settings, const std::string& name, const std::string& givenValue, bool searching,
@@ -65,13 +69,32 @@ bool setUciOption(UciSettings& settings, const std::string& name, const std::str
     player.requestedCores = uint32_t(size);
     return true;
   }
-  if (key == "ownbook") {
+  if (key == "multipv") {
+    if (!readSize(value, 1, UciSettings::MaxMultiPv, size)) return outOfRange(1, UciSettings::MaxMultiPv);
+    settings.multiPv = uint32_t(size);
+    return true;
+  }
+  if (key == "move overhead") {
+    if (!readSize(value, 0, UciSettings::MaxMoveOverheadMs, size)) return outOfRange(0, UciSettings::MaxMoveOverheadMs);
+    settings.moveOverheadMs = size;
+    return true;
+  }
+  if (key == "ownbook" || key == "ponder") {
     const std::string flag = lowerCase(value);
     if (flag != "true" && flag != "false") {
       error = "option " + name + " not changed: value '" + givenValue + "' is neither true nor false";
       return false;
     }
-    settings.ownBook = flag == "true";
+    (key == "ownbook" ? settings.ownBook : settings.ponder) = flag == "true";
+    return true;
+  }
+  if (key == "clear hash") {
+    // The search writes the tables while it runs.
+    if (searching) {
+      error = "option " + name + " not changed during a search";
+      return false;
+    }
+    player.clearSearchMemory();
     return true;
   }
   if (key == "bookfile" || key == "gaviotatbpath") {

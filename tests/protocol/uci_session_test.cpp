@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <regex>
 #include <string>
 #include <thread>
@@ -19,7 +21,9 @@ const std::string gtb4 = TOLVA_GAVIOTA_DIR "/gtb4";
 const std::string book = TOLVA_TEST_DATA_DIR "/performance.bin";
 
 std::string handshake(const std::string& hash = "256", const std::string& pawnHash = "32",
-                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin") {
+                      const std::string& ownBook = "true", const std::string& bookFile = "book.bin",
+                      const std::string& multiPv = "1", const std::string& overhead = "10",
+                      const std::string& ponder = "false") {
   return "id name Tolva 0.7.0\nid author the Tolva developers\n"
          "option name Hash type spin default " + hash + " min 1 max 1048576\n"
          "option name Threads type spin default 1 min 1 max " + std::to_string(std::thread::hardware_concurrency()) +
@@ -27,7 +31,10 @@ std::string handshake(const std::string& hash = "256", const std::string& pawnHa
          "option name OwnBook type check default " + ownBook + "\n"
          "option name BookFile type string default " + bookFile + "\n"
          "option name GaviotaTbPath type string default C:/gtb\n"
-         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\nuciok\n";
+         "option name GaviotaTbCache type spin default 16 min 0 max 1048576\n"
+         "option name MultiPV type spin default " + multiPv + " min 1 max 256\n"
+         "option name Move Overhead type spin default " + overhead + " min 0 max 5000\n"
+         "option name Ponder type check default " + ponder + "\noption name Clear Hash type button\nuciok\n";
 }
 
 // Start-up and the prompt are as in the console; `uci` ends the prompt's line.
@@ -60,14 +67,18 @@ const UciRow rows[] = {
     {"options set and shown",
      "setoption name Hash value 16\nsetoption name PAWNHASH value 8\nsetoption name OwnBook value false\n"
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
-     "setoption name OwnBook value maybe\nsetoption name Ponder value true\nsetoption name GaviotaTbCache value -1\n"
-     "setoption\nuci\n",
+     "setoption name OwnBook value maybe\nsetoption name Pondering value true\nsetoption name GaviotaTbCache value -1\n"
+     "setoption\nsetoption name multipv value 3\nsetoption name MultiPV value 257\nsetoption name move OVERHEAD value 250\n"
+     "setoption name Move Overhead value -1\nsetoption name Ponder value True\nsetoption name Clear Hash\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
          info("option Threads not changed: value 'x' is not a number from 1 to " +
               std::to_string(std::thread::hardware_concurrency())) +
-         info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Ponder") +
+         info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Pondering") +
          info("option GaviotaTbCache not changed: value '-1' is not a number from 0 to 1048576") +
-         info("setoption ignored: no option name") + handshake("16", "8", "false", "my book.bin"),
+         info("setoption ignored: no option name") +
+         info("option MultiPV not changed: value '257' is not a number from 1 to 256") +
+         info("option Move Overhead not changed: value '-1' is not a number from 0 to 5000") +
+         handshake("16", "8", "false", "my book.bin", "3", "250", "true"),
      false},
     {"moves: castling, en passant, promotion",
      "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1g1 e8c8 f1f8 d8f8\n"
@@ -106,9 +117,10 @@ const UciRow rows[] = {
     {"go infinite: isready, then stop", "go infinite\nisready\nstop\nisready\n", "(info .*\n)*readyok\n" + search() + "readyok\n",
      true},
     {"a search refuses what would change it", "go infinite\nposition startpos\ngo depth 1\nucinewgame\n"
-     "setoption name GaviotaTbPath value /x\nstop\n", "(info .*\n)*" + quoted(info("position ignored: a search is "
-     "running; send stop first") + info("go ignored: a search is running") + info("ucinewgame ignored: a search is running") +
-     info("option GaviotaTbPath not changed during a search")) + search(), true},
+     "setoption name GaviotaTbPath value /x\nsetoption name clear hash\nstop\n", "(info .*\n)*" + quoted(info("position "
+     "ignored: a search is running; send stop first") + info("go ignored: a search is running") + info("ucinewgame ignored: a "
+     "search is running") + info("option GaviotaTbPath not changed during a search") +
+     info("option clear hash not changed during a search")) + search(), true},
     {"go ponder, ponderhit", "go ponder wtime 300 btime 300\nponderhit\n", search(), true},
     {"mate and stalemate", "position fen k7/1Q6/1K6/8/8/8/8/8 b - - 0 1\ngo depth 3\n"
      "position fen k7/2Q5/1K6/8/8/8/8/8 b - - 0 1\ngo infinite\nisready\nstop\n", "info depth 0 score mate 0\n"
@@ -179,6 +191,160 @@ TEST(UciProtocolTest, GoPerftCountsAsDivide) {
   EXPECT_EQ(position, suite.size());
   const std::string perft = run(uciInput).output;
   EXPECT_EQ(perft.substr(perft.find("uciok\n") + 6), expected);
+}
+
+// A session that answers one go at a time: each search ends before the next
+// command is sent.
+struct UciSession : Session {
+  UciSession() { send("uci\n"); }
+  // Sends the lines, the last a go, and returns what came up to its bestmove line.
+  std::string answer(const std::string& lines) {
+    const size_t from = output().size(), wanted = count(output(), "bestmove ") + 1;
+    send(lines);
+    for (int waited = 0; count(output(), "bestmove ") < wanted && waited < 60000; waited += 5) pause(5);
+    const std::string text = output().substr(from);
+    return text.substr(0, text.find('\n', text.find("bestmove ")) + 1);
+  }
+};
+
+// The words of each line of `text` that begins with `prefix`.
+std::vector<std::vector<std::string>> linesOf(const std::string& text, const std::string& prefix) {
+  std::vector<std::vector<std::string>> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind(prefix, 0) != 0) continue;
+    std::istringstream words(line);
+    lines.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
+  }
+  return lines;
+}
+
+// The words behind `key` on a line of words (to its end for "pv").
+std::vector<std::string> after(const std::vector<std::string>& words, const std::string& key) {
+  auto at = std::find(words.begin(), words.end(), key);
+  return at == words.end() ? std::vector<std::string>() : std::vector<std::string>(at + 1, words.end());
+}
+
+// A score as a number that orders: mates beyond every centipawn score.
+int scoreValue(const std::vector<std::string>& words) {
+  const std::vector<std::string> score = after(words, "score");
+  const int n = std::stoi(score.at(1));
+  return score[0] == "cp" ? n : n > 0 ? 100000 - n : -100000 - n;
+}
+
+// The last line with a pv before the bestmove starts with the move, and its
+// second move is the ponder move.
+void expectSoundAnswer(const std::string& answer) {
+  const auto pvs = linesOf(answer, "info depth"), best = linesOf(answer, "bestmove");
+  ASSERT_EQ(best.size(), 1u) << answer;
+  std::vector<std::string> last;
+  for (const auto& words : pvs)
+    if (!after(words, "pv").empty()) last = after(words, "pv");
+  ASSERT_FALSE(last.empty()) << answer;
+  EXPECT_EQ(last[0], best[0].at(1)) << answer;
+  if (best[0].size() == 4) {
+    EXPECT_EQ(last.at(1), best[0][3]) << answer;
+  }
+}
+
+// At MultiPV 1 a fixed depth searches as it did before MultiPV and
+// searchmoves came: every line's depth, nodes and move, as measured then.
+TEST(UciProtocolTest, OneLineSearchesAsBefore) {
+  const struct { std::string position, lines; } rows[] = {
+      {"startpos", "1:2:e2e4 2:94:e2e4 3:192:e2e4 4:425:e2e4 5:1580:e2e4 6:4316:e2e4 7:12480:e2e4 7:13660:e2e4 "
+                   "bestmove e2e4 ponder e7e5"},
+      {"fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+       "1:491:e2a6 2:1111:e2a6 3:2314:e2a6 4:6806:e2a6 5:21190:e2a6 6:38059:e2a6 6:55604:d5e6 7:113176:d5e6 "
+       "7:151733:d5e6 bestmove d5e6 ponder e7e6"},
+      {"fen 8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", "1:22:b4f4 2:76:b4f4 3:294:b4f4 4:655:b4f4 4:994:b4c4 "
+                                                        "5:2125:b4c4 6:3350:b4c4 7:5044:b4c4 7:6783:b4c4 bestmove b4c4 ponder h5c5"},
+  };
+  for (const auto& row : rows) {
+    const std::string output = run("uci\nposition " + row.position + "\ngo depth 7\n").output;
+    std::string lines;
+    for (const auto& words : linesOf(output, "info depth"))
+      lines += words.at(2) + ":" + after(words, "nodes").at(0) + ":" + after(words, "pv").at(0) + " ";
+    lines += output.substr(output.find("bestmove"));
+    EXPECT_EQ(lines, row.lines + "\n") << row.position;
+  }
+}
+
+// Over the suite's positions: searchmoves keeps the root to its list (of one
+// move, and of every other move), and MultiPV 3 shows three lines (fewer
+// with fewer moves) of distinct first moves, best first, the first line's
+// move the bestmove.
+TEST(UciProtocolTest, SearchmovesAndMultiPvOverTheSuite) {
+  const std::vector<SuitePosition> suite = loadPerftSuite();
+  std::string input = "uci\n";
+  for (const SuitePosition& p : suite) input += "position fen " + p.fen + "\ngo perft 1\n";
+  std::vector<std::vector<std::string>> legal(1);
+  std::istringstream perft(run(input).output.substr(sessionStart.size()));
+  for (std::string line; std::getline(perft, line);) {
+    if (line.size() > 3 && line.substr(line.size() - 3) == ": 1") legal.back().push_back(line.substr(0, line.find(':')));
+    if (line.rfind("Nodes searched", 0) == 0) legal.emplace_back();
+  }
+  ASSERT_EQ(legal.size(), suite.size() + 1);
+  UciSession engine;
+  for (size_t i = 0; i < suite.size(); ++i) {
+    SCOPED_TRACE(suite[i].fen);
+    const std::string position = "position fen " + suite[i].fen + "\n";
+    std::vector<std::string> everyOther;
+    for (size_t m = i % 2; m < legal[i].size(); m += 2) everyOther.push_back(legal[i][m]);
+    for (const std::vector<std::string>& listed : {std::vector<std::string>{legal[i][i % legal[i].size()]}, everyOther}) {
+      std::string list;
+      for (const std::string& move : listed) list += " " + move;
+      const std::string answer = engine.answer(position + "go depth 2 searchmoves" + list + "\n");
+      expectSoundAnswer(answer);
+      for (const auto& words : linesOf(answer, "info depth"))
+        EXPECT_NE(std::find(listed.begin(), listed.end(), after(words, "pv").at(0)), listed.end()) << answer;
+    }
+    if (i % 3 != 0) continue;
+    const std::string answer = engine.answer("setoption name MultiPV value 3\n" + position + "go depth 3\n");
+    engine.send("setoption name MultiPV value 1\n");
+    std::vector<std::vector<std::string>> lines;
+    for (const auto& words : linesOf(answer, "info depth 3 ")) lines.push_back(words);
+    ASSERT_EQ(lines.size(), std::min<size_t>(3, legal[i].size())) << answer;
+    for (size_t k = 0; k < lines.size(); ++k) {
+      EXPECT_EQ(after(lines[k], "multipv").at(0), std::to_string(k + 1)) << answer;
+      for (size_t j = 0; j < k; ++j) {
+        EXPECT_NE(after(lines[k], "pv").at(0), after(lines[j], "pv").at(0)) << answer;
+        EXPECT_GE(scoreValue(lines[j]), scoreValue(lines[k])) << answer;
+      }
+    }
+    EXPECT_EQ(linesOf(answer, "bestmove").at(0).at(1), after(lines[0], "pv").at(0)) << answer;
+  }
+}
+
+// A mate's line runs to the mate, for the side that mates and for the side
+// mated: its length is the mate's distance, and the position at its end is mate.
+TEST(UciProtocolTest, MateLinesReachTheMate) {
+  const std::string positions[] = {
+      "fen 2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1",
+      "fen 2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1 moves g3g6",
+      "fen r2qkb1r/pp2nppp/3p4/2pNN1B1/2BnP3/3P4/PPP2PPP/R2bK2R w KQkq - 1 1",
+      "fen 1k1r4/pp1b1R2/3q2pp/4p3/2B5/4Q3/PPP2B2/2K5 b - - 0 1",
+      "fen k7/8/2K5/8/8/8/8/1R6 w - - 0 1",
+      "fen r1b1kb1r/pppp1ppp/5q2/4n3/3KP3/2N3PN/PPP4P/R1BQ1B1R b kq - 0 1",
+      "fen r5rk/5p1p/5R2/4B3/8/8/7P/7K w - - 0 1",
+      "fen r5rk/5p1p/5R2/4B3/8/8/7P/7K w - - 0 1 moves f6a6",
+      "fen 6k1/6p1/6K1/8/8/8/8/7R w - - 0 1",
+  };
+  UciSession engine;
+  for (const std::string& position : positions) {
+    const std::string answer = engine.answer("position " + position + "\ngo depth 10\n");
+    expectSoundAnswer(answer);
+    std::vector<std::string> mateLine;
+    for (const auto& words : linesOf(answer, "info depth"))
+      if (after(words, "score").at(0) == "mate") mateLine = words;
+    ASSERT_FALSE(mateLine.empty()) << answer;
+    const int mate = std::stoi(after(mateLine, "mate").at(0));
+    const std::vector<std::string> pv = after(mateLine, "pv");
+    EXPECT_EQ(int(pv.size()), mate > 0 ? 2 * mate - 1 : -2 * mate) << answer;
+    std::string moves = position.find(" moves ") == std::string::npos ? " moves" : "";
+    for (const std::string& move : pv) moves += " " + move;
+    EXPECT_EQ(engine.answer("position " + position + moves + "\ngo depth 1\n"), "info depth 0 score mate 0\nbestmove 0000\n")
+        << answer;
+  }
 }
 
 }  // namespace
