@@ -82,7 +82,7 @@ bool OpeningBook::collect(uint64_t key, BookEntry* list, uint32_t& count) {
   return true;
 }
 
-bool OpeningBook::probe(Board_0x88& board, Move& move) {
+bool OpeningBook::probe(Board_0x88& board, Move& move, const Move* allowed, uint32_t allowedCount) {
   const uint64_t key = polyglotKey(board);
   BookEntry list[MaxEntriesPerPosition];
   uint32_t count = 0;
@@ -108,6 +108,9 @@ bool OpeningBook::probe(Board_0x88& board, Move& move) {
   for (uint32_t i = 0; i < count; ++i) {
     Move decoded = decodeMove(board, list[i].move);
     if (decoded == NoMove) continue;
+    bool listed = allowedCount == 0;
+    for (uint32_t j = 0; j < allowedCount && !listed; ++j) listed = sameMove(allowed[j], decoded);
+    if (!listed) continue;
     for (uint32_t j = 0; j < legal.count; ++j) {
       if (!sameMove(legal.moves[j].move, decoded)) continue;
       candidates[playable] = legal.moves[j].move;

@@ -31,8 +31,9 @@ class OpeningBook {
   // during a probe, while the file is open).
   bool readEntry(uint64_t index, BookEntry& entry);
   // A move of the book for this position, chosen by weight among the entries
-  // whose move is legal here. False when there is none: the engine searches.
-  bool probe(Board_0x88& board, Move& move);
+  // whose move is legal here and, when `allowedCount` isn't 0, among
+  // `allowed`. False when there is none: the engine searches.
+  bool probe(Board_0x88& board, Move& move, const Move* allowed = nullptr, uint32_t allowedCount = 0);
   // The book's move field as a move on this board (0 for a promotion field
   // above 4), without any test of legality.
   static Move decodeMove(const Board_0x88& board, uint16_t bookMove);

@@ -55,7 +55,7 @@ double perftHashFill(const PerftHashTable& table) {
 
 template <Color C, bool InCheck>
 uint64_t divideRoot(PerftStats& stats, Board_0x88& board, const CheckInfo& checkInfo, PerftHashTable* perftHash,
-                    uint32_t depth) {
+                    uint32_t depth, const RootMoveCounts& perMove) {
   ++stats.nodes;
   MoveSelector selector(InCheck ? 1 : 0, &board, checkInfo, NoMove);
   uint64_t total = 0;
@@ -68,18 +68,19 @@ uint64_t divideRoot(PerftStats& stats, Board_0x88& board, const CheckInfo& check
     if (!sm) break;
     uint64_t count = depth == 1 ? 1 : perftChild<C>(stats, board, sm->move, perftHash, depth - 1);
     total += count;
-    char text[6];
-    moveToText(sm->move, text);
-    std::cout << text << ' ' << count << '\n';
+    perMove(sm->move, count);
   }
-  std::cout << std::flush;
   return total;
 }
 
-template uint64_t divideRoot<White, false>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
-template uint64_t divideRoot<White, true>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
-template uint64_t divideRoot<Black, false>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
-template uint64_t divideRoot<Black, true>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t);
+template uint64_t divideRoot<White, false>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t,
+                                            const RootMoveCounts&);
+template uint64_t divideRoot<White, true>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t,
+                                            const RootMoveCounts&);
+template uint64_t divideRoot<Black, false>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t,
+                                            const RootMoveCounts&);
+template uint64_t divideRoot<Black, true>(PerftStats&, Board_0x88&, const CheckInfo&, PerftHashTable*, uint32_t,
+                                            const RootMoveCounts&);
 
 namespace {
 
@@ -97,25 +98,53 @@ bool isSoundRoot(const Board_0x88& board) {
 
 }  // namespace
 
-uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth, bool divide) {
+uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth,
+                     const RootMoveCounts* perMove) {
   // A board cleared by a refused FEN has no side to move and no moves.
   if (board.sideToMove != White && board.sideToMove != Black) return 0;
   stats.checkFromLastMove = isSoundRoot(board);
   CheckInfo checkInfo{};
   if (board.sideToMove == White) {
     bool inCheck = findCheck<White>(board, board.side[White].square[0], checkInfo);
-    if (divide)
-      return inCheck ? divideRoot<White, true>(stats, board, checkInfo, perftHash, depth)
-                     : divideRoot<White, false>(stats, board, checkInfo, perftHash, depth);
+    if (perMove)
+      return inCheck ? divideRoot<White, true>(stats, board, checkInfo, perftHash, depth, *perMove)
+                     : divideRoot<White, false>(stats, board, checkInfo, perftHash, depth, *perMove);
     return inCheck ? perftNode<White, true>(stats, board, checkInfo, perftHash, depth)
                    : perftNode<White, false>(stats, board, checkInfo, perftHash, depth);
   }
   bool inCheck = findCheck<Black>(board, board.side[Black].square[0], checkInfo);
-  if (divide)
-    return inCheck ? divideRoot<Black, true>(stats, board, checkInfo, perftHash, depth)
-                   : divideRoot<Black, false>(stats, board, checkInfo, perftHash, depth);
+  if (perMove)
+    return inCheck ? divideRoot<Black, true>(stats, board, checkInfo, perftHash, depth, *perMove)
+                   : divideRoot<Black, false>(stats, board, checkInfo, perftHash, depth, *perMove);
   return inCheck ? perftNode<Black, true>(stats, board, checkInfo, perftHash, depth)
                  : perftNode<Black, false>(stats, board, checkInfo, perftHash, depth);
+}
+
+namespace {
+
+// A root line of divide: "move count".
+const RootMoveCounts printDivideLine = [](Move move, uint64_t count) {
+  char text[6];
+  moveToText(move, text);
+  std::cout << text << ' ' << count << '\n';
+};
+
+}  // namespace
+
+uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth, bool divide) {
+  if (!divide) return countLeaves(stats, board, perftHash, depth, nullptr);
+  const uint64_t leaves = countLeaves(stats, board, perftHash, depth, &printDivideLine);
+  std::cout << std::flush;
+  return leaves;
+}
+
+uint64_t countFromPosition(PerftStats& stats, Board_0x88& board, PerftTable& perft, uint32_t depth,
+                           const RootMoveCounts* perMove) {
+  preparePerftHash(perft);
+  PositionRecord& record = board.history[board.ply];
+  record.hashKey = board.computeFullHash();
+  record.pawnHashKey = board.computePawnHash();
+  return countLeaves(stats, board, perft.hash.get(), depth, perMove);
 }
 
 namespace {
@@ -138,14 +167,9 @@ bool perftCommand(Board_0x88& board, TimeControl& clock, PerftTable& perft, cons
   clock.clockStart = 0;
   clock.startClock();
 
-  preparePerftHash(perft);
-
-  PositionRecord& record = board.history[board.ply];
-  record.hashKey = board.computeFullHash();
-  record.pawnHashKey = board.computePawnHash();
-
   PerftStats stats;
-  uint64_t leaves = countLeaves(stats, board, perft.hash.get(), uint32_t(depth), divide);
+  const uint64_t leaves = countFromPosition(stats, board, perft, uint32_t(depth), divide ? &printDivideLine : nullptr);
+  if (divide) std::cout << std::flush;
 
   clock.stopClock();
   uint32_t duration = clock.elapsed - clock.elapsedAtMoveStart;

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -111,15 +112,28 @@ uint64_t perftNode(PerftStats& stats, Board_0x88& board, const CheckInfo& checkI
   return total;
 }
 
-// The root of divide: one line "move count" per root move, in generation order.
+// Takes the count of each root move of divide, in generation order; each
+// front end writes it in its own protocol's form.
+using RootMoveCounts = std::function<void(Move move, uint64_t count)>;
+
+// The root of divide: one count per root move, handed to `perMove`.
 template <Color C, bool InCheck>
 uint64_t divideRoot(PerftStats& stats, Board_0x88& board, const CheckInfo& checkInfo, PerftHashTable* perftHash,
-                    uint32_t depth);
+                    uint32_t depth, const RootMoveCounts& perMove);
 
 // Finds whether the side to move is in check and runs the fitting instance of
-// perftNode (or divideRoot) on the position. A board without a side to move
-// (cleared by a refused FEN) counts 0 and no node.
+// perftNode (or, with `perMove`, divideRoot) on the position. A board without
+// a side to move (cleared by a refused FEN) counts 0 and no node.
+uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth,
+                     const RootMoveCounts* perMove);
+// The same; divide prints one line "move count" per root move.
 uint64_t countLeaves(PerftStats& stats, Board_0x88& board, PerftHashTable* perftHash, uint32_t depth, bool divide);
+
+// A count on the game's board with the perft table, emptied first (made on
+// first use); the position's keys are rebuilt, as a set-up may have left them
+// stale. With `perMove`, divide.
+uint64_t countFromPosition(PerftStats& stats, Board_0x88& board, PerftTable& perft, uint32_t depth,
+                           const RootMoveCounts* perMove);
 
 // The perft and divide commands on the player's board: false when the depth is
 // below 1. Prints the report.

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <thread>
 
@@ -52,9 +53,20 @@ void ChessPlayer::setupSearch(bool recreate) {
   currentCores = requestedCores;
   exitThreads();
   threads.clear();
-  for (uint32_t i = 0; i < currentCores; ++i)
+  for (uint32_t i = 0; i < currentCores; ++i) {
     threads.push_back(std::make_unique<SearchThread>(i, ttHash.get(), pawnHash.get(), tablebases.get(), timeControl,
                                                      searchOutput, &ChessPlayer::think, this));
+    threads.back()->rootRequest = &rootRequest;
+  }
+}
+
+void ChessPlayer::clearSearchMemory() {
+  if (ttHash) ttHash->clear();
+  if (pawnHash) pawnHash->clear();
+  for (auto& t : threads) {
+    t->evalCache.clear();
+    std::memset(t->board.counterMove, 0, sizeof t->board.counterMove);
+  }
 }
 
 void ChessPlayer::startSearch() {
@@ -141,7 +153,7 @@ void ChessPlayer::think(uint32_t index, void* argument) {
   if (!decided && tc.timed && player.bookEnabled) {
     // The book tries its moves for legality on a copy, for the same reason.
     self.board = *player.board;
-    decided = player.book.probe(self.board, move);
+    decided = player.book.probe(self.board, move, player.rootRequest.allowed, player.rootRequest.allowedCount);
   }
   if (!decided && !self.stopRequested()) {
     if (player.pawnHash) player.pawnHash->hits.set(0);

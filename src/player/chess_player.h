@@ -13,6 +13,7 @@
 #include "board/relaxed.h"
 #include "search/time_control.h"
 #include "eval/pawn_hash.h"
+#include "search/root_request.h"
 #include "search/search_interface.h"
 #include "search/search_statistics.h"
 #include "search/tt_entry.h"
@@ -30,12 +31,16 @@ class ChessPlayer : public SearchInterface, public GameRecord {
 
   // Makes the hash tables and the thread set match the settings.
   void setupSearch(bool recreate);
-  // The speed-measuring commands (perft, divide, selftest) first let the
-  // search tables' pages be mapped, so that the kernel's work doesn't slow them.
+  // The speed-measuring commands (perft, divide, selftest), the first search
+  // after a resize and UCI's readyok first let the search tables' pages be
+  // mapped, so that the kernel's work doesn't slow what follows.
   void waitForTablePages() {
     if (ttHash) ttHash->waitUntilMapped();
     if (pawnHash) pawnHash->waitUntilMapped();
   }
+  // Empties the tables and what the threads remember from earlier searches
+  // (evaluations, counter moves), keeping their sizes. Only while idle.
+  void clearSearchMemory();
   // Cancels a running search; its result is discarded.
   void stopSearch();
   // Waits for every thread to be idle and puts it in the exit state.
@@ -103,6 +108,9 @@ class ChessPlayer : public SearchInterface, public GameRecord {
   // Where the search threads report and ask for the time: this player, or
   // the UCI front end. Follows at the next setupSearch.
   SearchInterface* searchOutput = this;
+  // The root moves to choose from and the lines to show: set by the front
+  // end before a search starts (xboard keeps every move and one line).
+  RootRequest rootRequest;
   // The front end sets maxTime itself before each search (UCI clocks are the
   // host's, in milliseconds): no session allocation at the think's start.
   bool hostSetsTimeBudget = false;

@@ -1,5 +1,6 @@
 // Iterative deepening at the root: first scoring of the root moves, then
 // iterations inside aspiration windows, and the rules that end the search.
+#include <algorithm>
 #include <cstring>
 #include <iostream>
 
@@ -62,10 +63,14 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
     return int32_t(timeControl->currentElapsed() - timeControl->elapsedAtMoveStart);
   };
 
-  PvLine bestLine, currentLine, child;
-  int32_t bestScore = NoScore;
-  int32_t delta = 30;
-  uint32_t rootMoveCount = 0, tbRootMoves = 0;
+  // Line 0 is the search's own; more lines only for thread 0 when asked for.
+  RootLine lines[RootRequest::MaxLines];
+  PvLine& bestLine = lines[0].line;
+  int32_t& bestScore = lines[0].score;
+  PvLine currentLine, child;
+  const bool restricted = rootRequest && rootRequest->allowedCount > 0;
+  const bool severalLines = mainThread && rootRequest && rootRequest->lines > 1;
+  uint32_t rootMoveCount = 0, allowedMoves = 0, tbRootMoves = 0;
   bool easyByIteration[MaxIterations] = {};
   UndoRecord undo;
 
@@ -78,6 +83,8 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
          next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>()) {
       const Move m = next->move;
       ++rootMoveCount;
+      if (restricted && !rootRequest->allows(m)) continue;
+      ++allowedMoves;
       b.history[b.ply].movePlayed = m;
       makeMove<C>(b, m, undo);
       int32_t score;
@@ -98,7 +105,8 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
     }
   }
 
-  if (rootMoveCount > 0 && tbRootMoves < rootMoveCount) {
+  if (allowedMoves > 0 && tbRootMoves < allowedMoves) {
+    const uint32_t lineCount = severalLines ? std::min(rootRequest->lines, allowedMoves) : 1;
     for (uint32_t depth = 1; depth <= MaxIterations; ++depth) {
       if (stopRequested()) break;
       if (workerSkips(threadId, depth)) continue;
@@ -109,90 +117,120 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
       const int32_t alphaFloor = floorScore - 1;
       const int32_t ceilingScore = usBare ? 0 : MateScore - (int32_t((depth + 2) & ~1u) - 1);
       const int32_t betaCeiling = ceilingScore + 1;
-
-      int32_t alpha = maxScore(bestScore - delta, alphaFloor);
-      int32_t beta = minScore(bestScore + delta, betaCeiling);
-      currentLine = bestLine;
       if (mainThread) easyByIteration[depth - 1] = false;
 
-      int32_t best = NoScore;
-      for (;;) {
-        CheckInfo checkInfo;
-        const bool inCheck = findCheck<C>(b, b.side[C].square[0], checkInfo);
-        ++stats.nodes;
-        const int32_t lowest = themBare ? 0 : NoScore;
-        const int32_t highest = usBare ? 0 : MateScore - 1;
-        if (mainThread) easyMove = false;
-        MoveSelector selector(inCheck ? 2 : 3, &b, checkInfo, NoMove);
-        if (!currentLine.empty()) selector.pvMove.move = currentLine.first();
-        const int32_t passStart = (!inCheck && depth > 5) ? elapsed() : 0;
+      // Each further line is the best of the moves that no line before it begins with.
+      for (uint32_t pvIndex = 0; pvIndex < lineCount && !stopRequested(); ++pvIndex) {
+        RootLine& root = lines[pvIndex];
+        int32_t& delta = root.delta;
+        const bool firstLine = pvIndex == 0;
+        const bool filtered = restricted || !firstLine;
+        auto searchable = [&](Move m) {
+          if (restricted && !rootRequest->allows(m)) return false;
+          for (uint32_t i = 0; i < pvIndex; ++i)
+            if (sameMove(lines[i].line.first(), m)) return false;
+          return true;
+        };
+        // A line whose move an earlier line has taken starts afresh; a line
+        // new at this depth has no score to centre a window on.
+        if (!root.line.empty() && !searchable(root.line.first())) root.line.clear();
+        int32_t alpha = root.line.empty() ? alphaFloor : maxScore(root.score - delta, alphaFloor);
+        int32_t beta = root.line.empty() ? betaCeiling : minScore(root.score + delta, betaCeiling);
+        currentLine = root.line;
 
-        best = NoScore;
-        int32_t second = NoScore;
-        uint32_t moveCounter = 0;
-        bool cutoff = false;
-        ScoredMove* next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>();
-        while (next) {
-          const Move m = next->move;
-          child.clear();
-          if (currentLine.length > 1 && sameMove(m, currentLine.first())) child.assignTail(currentLine);
-          ++moveCounter;
-          const bool quiet = isQuietForReduction<C>(b, m);
-          b.history[b.ply].movePlayed = m;
-          makeMove<C>(b, m, undo);
-          int32_t s = searchLateMove<C>(maxScore(alpha, best), beta, 0, depth, moveCounter, child,
-                                        !inCheck && moveCounter >= 2 && depth > 2 && quiet);
-          unmakeMove<C>(b, m, undo);
-          if (stopRequested()) break;
-          if (s >= beta) {
-            ++stats.cutoffs;
-            if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
-            updateKiller(b, m);
-            best = s;
-            // A score beyond the ceiling ends the iteration without a re-search;
-            // the move that reached it must not be lost.
-            currentLine.assign(m, child);
-            store(lowest, highest, alpha, beta, 0, depth, s, m);
-            cutoff = true;
-            break;
-          }
-          if (s > best) {
-            best = s;
-            if (best > alpha) {
-              currentLine.assign(m, child);
-              if (mainThread) searchInterface->reportLine(depth, best, currentLine);
+        int32_t best = NoScore;
+        for (;;) {
+          CheckInfo checkInfo;
+          const bool inCheck = findCheck<C>(b, b.side[C].square[0], checkInfo);
+          ++stats.nodes;
+          const int32_t lowest = themBare ? 0 : NoScore;
+          const int32_t highest = usBare ? 0 : MateScore - 1;
+          if (mainThread && firstLine) easyMove = false;
+          MoveSelector selector(inCheck ? 2 : 3, &b, checkInfo, NoMove);
+          if (!currentLine.empty()) selector.pvMove.move = currentLine.first();
+          const int32_t passStart = (!inCheck && depth > 5) ? elapsed() : 0;
+
+          best = NoScore;
+          int32_t second = NoScore;
+          uint32_t moveCounter = 0;
+          bool cutoff = false;
+          ScoredMove* next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>();
+          while (next) {
+            const Move m = next->move;
+            if (filtered && !searchable(m)) {
+              next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>();
+              continue;
             }
-          } else {
-            second = maxScore(second, s);
+            child.clear();
+            if (currentLine.length > 1 && sameMove(m, currentLine.first())) child.assignTail(currentLine);
+            ++moveCounter;
+            const bool quiet = isQuietForReduction<C>(b, m);
+            b.history[b.ply].movePlayed = m;
+            makeMove<C>(b, m, undo);
+            int32_t s = searchLateMove<C>(maxScore(alpha, best), beta, 0, depth, moveCounter, child,
+                                          !inCheck && moveCounter >= 2 && depth > 2 && quiet);
+            unmakeMove<C>(b, m, undo);
+            if (stopRequested()) break;
+            if (s >= beta) {
+              ++stats.cutoffs;
+              if (moveCounter == 1) ++stats.cutoffsOnFirstMove;
+              updateKiller(b, m);
+              best = s;
+              // A score beyond the ceiling ends the iteration without a re-search;
+              // the move that reached it must not be lost.
+              currentLine.assign(m, child);
+              // The root's entry holds the best move, never a further line's.
+              if (firstLine) store(lowest, highest, alpha, beta, 0, depth, s, m);
+              cutoff = true;
+              break;
+            }
+            if (s > best) {
+              best = s;
+              if (best > alpha) {
+                currentLine.assign(m, child);
+                if (mainThread && !severalLines) searchInterface->reportLine(depth, best, currentLine);
+              }
+            } else {
+              second = maxScore(second, s);
+            }
+            next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>();
+            if (next && !inCheck && depth > 5 && moveCounter == 2 && firstLine)
+              firstTwoMovesTime = elapsed() - passStart;
           }
-          next = inCheck ? selector.nextEvasion<C>() : selector.nextMove<C>();
-          if (next && !inCheck && depth > 5 && moveCounter == 2) firstTwoMovesTime = elapsed() - passStart;
-        }
-        if (!cutoff) {
-          if (mainThread && moveCounter >= 2 && !stopRequested() && best > second + 199) easyMove = true;
-          // A pass cut short before any move came back knows nothing worth keeping.
-          if (!(stopRequested() && best == NoScore))
-            store(lowest, highest, alpha, beta, 0, depth, best, currentLine.first());
+          if (!cutoff) {
+            if (mainThread && firstLine && moveCounter >= 2 && !stopRequested() && best > second + 199) easyMove = true;
+            // A pass cut short before any move came back knows nothing worth keeping.
+            if (!(stopRequested() && best == NoScore) && firstLine)
+              store(lowest, highest, alpha, beta, 0, depth, best, currentLine.first());
+          }
+
+          if (stopRequested()) break;
+          const bool failHigh = best >= beta && best <= ceilingScore;
+          const bool failLow = best <= alpha && best >= floorScore;
+          if (!failHigh && !failLow) break;
+          if (failHigh) {
+            beta = minScore(betaCeiling, best + delta);
+          } else {
+            beta = (alpha + beta) / 2;
+            alpha = maxScore(best - delta, alphaFloor);
+          }
+          delta *= 2;
         }
 
-        if (stopRequested()) break;
-        const bool failHigh = best >= beta && best <= ceilingScore;
-        const bool failLow = best <= alpha && best >= floorScore;
-        if (!failHigh && !failLow) break;
-        if (failHigh) {
-          beta = minScore(betaCeiling, best + delta);
-        } else {
-          beta = (alpha + beta) / 2;
-          alpha = maxScore(best - delta, alphaFloor);
+        if (!currentLine.empty()) {
+          root.line = currentLine;
+          root.score = best;
         }
-        delta *= 2;
       }
 
+      if (severalLines && !stopRequested()) {
+        // Best first; a later line may come out above an earlier one when
+        // the search of the earlier one was cut by its window.
+        std::stable_sort(lines, lines + lineCount,
+                         [](const RootLine& x, const RootLine& y) { return x.score > y.score; });
+        searchInterface->reportLines(depth, lines, lineCount);
+      }
       if (depth > 7) std::cout.flush();
-      if (!currentLine.empty()) {
-        bestLine = currentLine;
-        bestScore = best;
-      }
       if (!mainThread || stopRequested()) continue;
 
       easyByIteration[depth - 1] = easyMove;
@@ -208,13 +246,13 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
       } else if (depth >= 6 && timed && firstTwoMovesTime * 3 / 2 > maxTime - elapsed()) {
         std::cout << "# probably not enough time left for another iteration" << std::endl;
         requestStop();
-      } else if (bestScore == ceilingScore) {
+      } else if (bestScore == ceilingScore && !severalLines) {
         if (bestScore == 0)
           std::cout << "# forced draw: " << moveText << std::endl;
         else
           std::cout << "# forced mate in " << MateScore - bestScore << " plies: " << moveText << std::endl;
         requestStop();
-      } else if (bestScore == floorScore && bestScore < 0) {
+      } else if (bestScore == floorScore && bestScore < 0 && !severalLines) {
         std::cout << "# getting mated in " << bestScore + MateScore << " plies: " << moveText << std::endl;
         requestStop();
       } else if (timeControl->depthLimited && depth == timeControl->maxDepth) {
@@ -229,8 +267,7 @@ void SearchThread::searchRoot(const Board_0x88& gameBoard, Move& bestMove, Move&
       bestMove = bestLine.first();
       ponderMove = bestLine.length >= 2 ? bestLine.moves[1] : NoMove;
     }
-    if (bestScore != MateScore && bestScore != -MateScore)
-      searchInterface->reportLine(iterationDepth, bestScore, bestLine);
+    searchInterface->reportFinalLine(iterationDepth, bestScore, bestLine);
     searchInterface->reportStatistics(iterationDepth);
     return;
   }

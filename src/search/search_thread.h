@@ -7,6 +7,7 @@
 #include "eval/eval_cache.h"
 #include "eval/pawn_hash.h"
 #include "search/pv_line.h"
+#include "search/root_request.h"
 #include "search/score.h"
 #include "search/search_interface.h"
 #include "search/search_statistics.h"
@@ -64,6 +65,7 @@ class SearchThread : public WorkerThread {
   const TablebaseState* tablebases;
   TimeControl* timeControl;
   SearchInterface* searchInterface;
+  const RootRequest* rootRequest = nullptr;  // null: every move, one line
   SearchStatistics stats;
   uint32_t iterationDepth = 0;
   int32_t firstTwoMovesTime = 0;

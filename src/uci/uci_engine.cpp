@@ -10,8 +10,10 @@
 #include "player/line_atomic_output.h"
 #include "uci/uci_info.h"
 #include "uci/uci_input.h"
+#include "uci/uci_perft.h"
 #include "uci/uci_position.h"
 #include "uci/uci_time.h"
+#include "search/mate_line.h"
 #include "search/search_thread.h"
 #include "search/time_control.h"
 #include "search/transposition_table.h"
@@ -29,7 +31,8 @@ UciEngine::UciEngine(ChessPlayer& player, TimeControl& timeControl)
     : player_(player),
       timeControl_(timeControl),
       previousEngine_(player.engine),
-      settings_{player, bool(player.bookEnabled)} {
+      settings_{player, bool(player.bookEnabled)},
+      lineBoard_(std::make_unique<Board_0x88>()) {
   player_.engine = this;
   player_.searchOutput = this;
   player_.hostSetsTimeBudget = true;
@@ -37,6 +40,7 @@ UciEngine::UciEngine(ChessPlayer& player, TimeControl& timeControl)
 
 UciEngine::~UciEngine() {
   player_.exitThreads();
+  player_.rootRequest = RootRequest();
   player_.hostSetsTimeBudget = false;
   player_.searchOutput = &player_;
   player_.engine = previousEngine_;
@@ -100,11 +104,13 @@ void UciEngine::cmdUci() {
 }
 
 void UciEngine::cmdIsready() {
-  // Idle, the sizes set since the last search are applied now, so that the
-  // next timed search doesn't pay for them; under a search never.
+  // Idle, the sizes set since the last search are applied now, and the
+  // answer waits until the tables' pages are mapped, so that the next timed
+  // search doesn't pay for them; under a search it comes at once.
   if (!answerPending()) {
     settle();
     player_.setupSearch(false);
+    player_.waitForTablePages();
   }
   std::cout << "readyok" << std::endl;
 }
@@ -167,6 +173,7 @@ int64_t UciEngine::deadlineFor(const UciGoLimits& limits, int64_t startMs) const
     clock.timeLeft = time;
     clock.increment = white ? limits.whiteIncrement : limits.blackIncrement;
     clock.movesToGo = limits.movesToGo;
+    clock.overhead = settings_.moveOverheadMs;
     budget = allocateMoveTime(clock);
   }
   if (limits.moveTime >= 0) {
@@ -182,6 +189,12 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   std::string error;
   if (!parseGoLimits(words, limits, error)) return infoString("go refused: " + error);
   settle();
+  if (limits.perft > 0) {
+    // A count ends by itself and answers no bestmove; the command thread
+    // counts, so the next command waits for it.
+    writeUciPerft(std::cout, player_, uint32_t(std::min<int64_t>(limits.perft, 1000)));
+    return;
+  }
 
   Board_0x88& board = *player_.board;
   MoveList moves;
@@ -201,6 +214,9 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   }
 
   player_.setupSearch(false);
+  setRootMoves(limits.searchMoves);
+  player_.rootRequest.lines = settings_.multiPv;
+  shownLine_.clear();
   const bool untilStopped = limits.infinite || limits.ponder;
   // A ponder search runs without a clock until ponderhit starts it.
   const int64_t deadline = untilStopped ? 0 : deadlineFor(limits, receivedMs);
@@ -254,18 +270,16 @@ void UciEngine::cmdStop() {
 void UciEngine::cmdPonderhit() {
   std::lock_guard<std::mutex> hold(answerMutex_);
   if (!answerPending_ || !pondering_) return;
-  // The opponent played the expected move: from now on it is a timed search.
+  // The opponent played the expected move: from now on it is a timed search
+  // of the clock that go ponder gave, and the time spent pondering counts as
+  // spent on this move (the search has done that much of its work).
   pondering_ = false;
   holdAnswer_ = pendingLimits_.infinite;
-  const int64_t now = monotonicMs();
-  const int64_t deadline = deadlineFor(pendingLimits_, now);
+  const int64_t deadline = deadlineFor(pendingLimits_, searchStartMs_);
   const bool onClock = (player_.board->sideToMove == White ? pendingLimits_.whiteTime : pendingLimits_.blackTime) >= 0;
   if (deadline) deadlineMs_.store(deadline, std::memory_order_relaxed);
-  if (deadline && onClock) {
-    // The centisecond clock of the root's rules counts from the think's start.
-    const uint32_t sinceStart = timeControl_.currentElapsed() - timeControl_.elapsedAtMoveStart;
-    timeControl_.maxTime = sinceStart + uint32_t(std::max<int64_t>((deadline - now) / 10, 1));
-  }
+  // The centisecond clock of the root's rules counts from the think's start too.
+  if (deadline && onClock) timeControl_.maxTime = uint32_t(std::max<int64_t>((deadline - searchStartMs_) / 10, 1));
   if (!holdAnswer_ && !heldAnswer_.empty()) answerLocked(heldAnswer_);
 }
 
@@ -292,9 +306,27 @@ void UciEngine::answerLocked(const std::string& bestmove) {
   answerPending_ = false;
 }
 
+void UciEngine::setRootMoves(const std::vector<std::string>& words) {
+  RootRequest& request = player_.rootRequest;
+  request.allowedCount = 0;
+  for (const std::string& word : words) {
+    Move move = NoMove;
+    if (!player_.parseUserMove(word, move)) {
+      infoString("searchmoves: '" + word + "' is no legal move here, left out");
+      continue;
+    }
+    if (request.allowedCount == 0 || !request.allows(move)) request.allowed[request.allowedCount++] = move;
+  }
+  if (!words.empty() && request.allowedCount == 0) infoString("searchmoves: no legal move listed, all are searched");
+}
+
 void UciEngine::makeEngineMove(Move& move) {
+  // The ponder move is the second of the line shown last, which starts with
+  // the move (the line may have been continued from the table).
+  Move ponder = player_.ponderMove;
+  if (shownLine_.length >= 2 && sameMove(shownLine_.first(), move)) ponder = shownLine_.moves[1];
   std::string text = "bestmove " + moveToString(move);
-  if (player_.ponderMove != NoMove) text += " ponder " + moveToString(player_.ponderMove);
+  if (ponder != NoMove) text += " ponder " + moveToString(ponder);
   std::lock_guard<std::mutex> hold(answerMutex_);
   answerLocked(text);
 }
@@ -317,14 +349,58 @@ bool UciEngine::isTimeUp() {
 }
 
 void UciEngine::reportLine(uint32_t depth, int32_t score, const PvLine& line) {
-  player_.collectStatistics();
   UciInfo info;
   info.depth = depth;
   info.score = score;
+  writeLine(info, line);
+}
+
+void UciEngine::reportLines(uint32_t depth, const RootLine* lines, uint32_t count) {
+  for (uint32_t i = 0; i < count; ++i) {
+    UciInfo info;
+    info.depth = depth;
+    info.multiPv = i + 1;
+    info.score = lines[i].score;
+    writeLine(info, lines[i].line);
+  }
+}
+
+void UciEngine::reportFinalLine(uint32_t depth, int32_t score, const PvLine& line) {
+  const bool scored = score != MateScore && score != -MateScore;
+  const bool severalLines = player_.rootRequest.lines > 1;
+  // One line: the last figures, as every iteration ends. Several: only a new
+  // best move, whose line the host hasn't seen.
+  if (line.empty() || ((severalLines || !scored) && sameMove(shownLine_.first(), line.first()))) return;
+  UciInfo info;
+  info.depth = depth;
+  info.multiPv = severalLines ? 1 : 0;
+  info.score = score;
+  if (!scored) {
+    // The last iteration was cut short after this move beat the window: it
+    // is worth at least the score shown before it.
+    info.hasScore = !shownLine_.empty();
+    info.lowerBound = true;
+    info.score = shownScore_;
+  }
+  writeLine(info, line);
+}
+
+void UciEngine::writeLine(UciInfo info, const PvLine& given) {
+  PvLine line = given;
+  const bool mate = info.score > MateThreshold || info.score < -MateThreshold;
+  if (mate && info.hasScore && !info.lowerBound && player_.ttHash) {
+    *lineBoard_ = *player_.board;
+    extendMateLine(*player_.ttHash, *lineBoard_, info.score, line);
+  }
+  player_.collectStatistics();
   info.timeMs = monotonicMs() - searchStartMs_;
   info.hashfullPermille = player_.ttHash ? uint32_t(ttHashFill(*player_.ttHash) * 10.0 + 0.5) : 0;
   writeUciInfo(std::cout, info, player_.totals, line);
   std::cout.flush();
+  if (info.multiPv <= 1) {
+    shownLine_ = line;
+    shownScore_ = info.score;
+  }
 }
 
 void runUciSession(ChessPlayer& player, TimeControl& timeControl, FILE* input) {

@@ -2,12 +2,15 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "player/engine_interface.h"
+#include "board/board.h"
 #include "uci/uci_go.h"
+#include "uci/uci_info.h"
 #include "uci/uci_options.h"
 #include "search/search_interface.h"
 
@@ -43,6 +46,8 @@ class UciEngine : public EngineInterface, public SearchInterface {
   // SearchInterface, on thread 0.
   bool isTimeUp() override;
   void reportLine(uint32_t depth, int32_t score, const PvLine& line) override;
+  void reportFinalLine(uint32_t depth, int32_t score, const PvLine& line) override;
+  void reportLines(uint32_t depth, const RootLine* lines, uint32_t count) override;
   void reportStatistics(uint32_t) override {}
 
  private:
@@ -66,6 +71,12 @@ class UciEngine : public EngineInterface, public SearchInterface {
   // Prints the bestmove line, or keeps it when the search must not end by
   // itself (infinite, ponder). Caller holds answerMutex.
   void answerLocked(const std::string& bestmove);
+  // The searchmoves of `go` as the root's list of moves; each word that is no
+  // legal move is reported and left out.
+  void setRootMoves(const std::vector<std::string>& words);
+  // Prints one thinking line (thread 0); a mate's line is first continued
+  // from the table. Line 1 of the output (`multiPv` 0 or 1) is remembered.
+  void writeLine(UciInfo info, const PvLine& line);
 
   ChessPlayer& player_;
   TimeControl& timeControl_;
@@ -78,6 +89,11 @@ class UciEngine : public EngineInterface, public SearchInterface {
   int64_t nodeLimit_ = 0;  // 0: none
   uint32_t timeCheckCalls_ = 0;  // thread 0 only
   std::atomic<int64_t> deadlineMs_{0};  // 0: none
+  // The last line 1 printed in this search and its score (thread 0 only):
+  // bestmove and ponder come from it.
+  PvLine shownLine_;
+  int32_t shownScore_ = 0;
+  std::unique_ptr<Board_0x88> lineBoard_;  // where a mate's line is played out
 
   std::mutex answerMutex_;
   bool answerPending_ = false;  // a go waits for its bestmove

@@ -28,7 +28,15 @@ constexpr NumberField numberFields[] = {
     {"winc", &UciGoLimits::whiteIncrement, INT64_MIN}, {"binc", &UciGoLimits::blackIncrement, INT64_MIN},
     {"movestogo", &UciGoLimits::movesToGo, 0},         {"depth", &UciGoLimits::depth, 1},
     {"nodes", &UciGoLimits::nodes, 1},                 {"movetime", &UciGoLimits::moveTime, 0},
+    {"perft", &UciGoLimits::perft, 1},
 };
+
+// A word that starts a part of `go`, which ends a list of search moves.
+bool isKeyword(const std::string& word) {
+  for (const NumberField& f : numberFields)
+    if (word == f.name) return true;
+  return word == "infinite" || word == "ponder" || word == "searchmoves";
+}
 
 }  // namespace
 
@@ -47,6 +55,10 @@ bool parseGoLimits(const std::vector<std::string>& words, UciGoLimits& limits, s
     const NumberField* field = nullptr;
     for (const NumberField& f : numberFields)
       if (word == f.name) field = &f;
+    if (word == "searchmoves") {
+      while (i + 1 < words.size() && !isKeyword(words[i + 1])) read.searchMoves.push_back(words[++i]);
+      continue;
+    }
     if (!field) continue;
     int64_t value = 0;
     if (i + 1 >= words.size()) {

@@ -11,8 +11,10 @@ struct UciGoLimits {
   int64_t depth = -1;
   int64_t nodes = -1;
   int64_t moveTime = -1;
+  int64_t perft = -1;  // go perft N: a count, no search
   bool infinite = false;
   bool ponder = false;
+  std::vector<std::string> searchMoves;  // the words behind searchmoves, up to the next keyword
 
   // The side to move has a clock (or a fixed move time): a game move, which
   // may come from the book.
@@ -20,6 +22,6 @@ struct UciGoLimits {
 };
 
 // Reads the words behind `go`. Unknown words are skipped, as the protocol
-// asks (so are the moves of `searchmoves`); a keyword whose number is missing
+// asks; a keyword whose number is missing
 // or broken makes the whole command fail, with the reason in `error`.
 bool parseGoLimits(const std::vector<std::string>& words, UciGoLimits& limits, std::string& error);

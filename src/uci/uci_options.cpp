@@ -41,6 +41,10 @@ void writeUciOptions(std::ostream& out, const UciSettings& settings) {
       << "option name OwnBook type check default " << (settings.ownBook ? "true" : "false") << "\n"
       << text("BookFile", settings.player.book.currentPath()) << text("GaviotaTbPath", player.gtbPath)
       << spin("GaviotaTbCache", player.gtbCacheSizeMB, 0, MaxSettingSizeMB)
+      << spin("MultiPV", settings.multiPv, 1, UciSettings::MaxMultiPv)
+      << spin("Move Overhead", settings.moveOverheadMs, 0, UciSettings::MaxMoveOverheadMs)
+      << "option name Ponder type check default " << (settings.ponder ? "true" : "false") << "\n"
+      << "option name Clear Hash type button\n"
       << "option name UCI_Chess960 type check default " << (settings.chess960 ? "true" : "false") << "\n";
 }
 
@@ -66,14 +70,33 @@ bool setUciOption(UciSettings& settings, const std::string& name, const std::str
     player.requestedCores = uint32_t(size);
     return true;
   }
-  if (key == "ownbook" || key == "uci_chess960") {
+  if (key == "multipv") {
+    if (!readSize(value, 1, UciSettings::MaxMultiPv, size)) return outOfRange(1, UciSettings::MaxMultiPv);
+    settings.multiPv = uint32_t(size);
+    return true;
+  }
+  if (key == "move overhead") {
+    if (!readSize(value, 0, UciSettings::MaxMoveOverheadMs, size)) return outOfRange(0, UciSettings::MaxMoveOverheadMs);
+    settings.moveOverheadMs = size;
+    return true;
+  }
+  if (key == "ownbook" || key == "ponder" || key == "uci_chess960") {
     const std::string flag = lowerCase(value);
     if (flag != "true" && flag != "false") {
       error = "option " + name + " not changed: value '" + givenValue + "' is neither true nor false";
       return false;
     }
     // Chess960 takes effect with the next position.
-    (key == "ownbook" ? settings.ownBook : settings.chess960) = flag == "true";
+    (key == "ownbook" ? settings.ownBook : key == "ponder" ? settings.ponder : settings.chess960) = flag == "true";
+    return true;
+  }
+  if (key == "clear hash") {
+    // The search writes the tables while it runs.
+    if (searching) {
+      error = "option " + name + " not changed during a search";
+      return false;
+    }
+    player.clearSearchMemory();
     return true;
   }
   if (key == "bookfile" || key == "gaviotatbpath") {

@@ -5,13 +5,17 @@
 class ChessPlayer;
 
 // The settings a UCI host may change: the engine's own settings under the
-// names UCI hosts know, OwnBook, which says whether a game move may come
-// from the book, and UCI_Chess960, which says how positions and castling
-// moves are read and written.
+// names UCI hosts know, and those of the UCI front end itself.
 struct UciSettings {
+  static constexpr int64_t MaxMoveOverheadMs = 5000;
+  static constexpr uint32_t MaxMultiPv = 256;
+
   ChessPlayer& player;
-  bool ownBook = true;
-  bool chess960 = false;
+  bool ownBook = true;          // a game move may come from the book
+  int64_t moveOverheadMs = 10;  // taken off each move's time on a clock
+  bool ponder = false;          // the host may ponder; go ponder is answered either way
+  uint32_t multiPv = 1;         // lines shown per iteration
+  bool chess960 = false;        // positions and castling moves in Chess960 form
 };
 
 // The "option name ..." lines of the `uci` answer; the defaults shown are the

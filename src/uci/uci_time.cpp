@@ -15,9 +15,9 @@ int64_t allocateMoveTime(const UciClock& clock) {
   // Up to a second that no plan touches: what the overhead of each move can
   // eat without the flag falling.
   const int64_t reserve = std::min<int64_t>(time / 8, 1000);
-  const int64_t pool = time - reserve + increment * (movesToGo - 1) - MoveOverheadMs * movesToGo;
+  const int64_t pool = time - reserve + increment * (movesToGo - 1) - clock.overhead * movesToGo;
   int64_t budget = pool / movesToGo;
-  const int64_t onClock = std::max<int64_t>(time - MoveOverheadMs, 0);
+  const int64_t onClock = std::max<int64_t>(time - clock.overhead, 0);
   const int64_t cap = movesToGo == 1 ? onClock * 3 / 4 : onClock / 3;
   budget = std::min(budget, cap);
   return std::max<int64_t>(budget, 1);

@@ -103,5 +103,8 @@ void startSearchIfDue(WBEngine& engine) {
   // The position searched is on the screen before the search can answer it.
   printBoardIfChanged(engine);
   player.setupSearch(false);
+  // A table just made is still being mapped; the search would pay for each
+  // page it touches first, at many times the cost of the mapping.
+  player.waitForTablePages();
   player.startSearch();
 }

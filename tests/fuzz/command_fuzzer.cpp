@@ -21,7 +21,7 @@ struct Options {
   std::string engine, replay, out;
   uint64_t seed = 0, sequences = 100;
   int maxCores = 2, repeat = 1;
-  bool shrink = false;
+  bool shrink = false, uci = false;
 } options;
 
 // What went wrong in a run; no kind is a pass. Shrinking keeps only
@@ -203,10 +203,11 @@ void report(const FuzzSequence& minimal, const RunRecord& record, const std::str
 }
 
 int run() {
-  GeneratorSettings settings{options.maxCores, TOLVA_TEST_DATA_DIR, TOLVA_GAVIOTA_DIR, {}};
+  GeneratorSettings settings{options.maxCores, TOLVA_TEST_DATA_DIR, TOLVA_GAVIOTA_DIR, {}, options.uci};
   std::ifstream suite(settings.dataDir + "/perft-suite.epd");
   for (std::string line; std::getline(suite, line);) settings.seedFens.push_back(line.substr(0, line.find(" ;")));
-  std::cout << "tolva_command_fuzzer: seed " << options.seed << ", " << options.sequences << " sequences" << std::endl;
+  std::cout << "tolva_command_fuzzer: seed " << options.seed << ", " << options.sequences << (options.uci ? " UCI" : "")
+            << " sequences" << std::endl;
   uint64_t lines = 0, moves = 0;
   for (uint64_t index = 0; index < options.sequences; ++index) {
     CommandGenerator generator(options.seed * 1000003 + index, settings);
@@ -251,6 +252,7 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i], value = i + 1 < argc ? argv[i + 1] : "";
     if (arg == "--shrink") options.shrink = true, --i;
+    else if (arg == "--uci") options.uci = true, --i;
     else if (arg == "--engine") options.engine = value;
     else if (arg == "--seed") options.seed = std::strtoull(value.c_str(), nullptr, 10);
     else if (arg == "--sequences") options.sequences = std::strtoull(value.c_str(), nullptr, 10);
@@ -262,7 +264,7 @@ int main(int argc, char** argv) {
     ++i;
   }
   if (options.engine.empty() || access(options.engine.c_str(), X_OK) != 0) {
-    std::cerr << "usage: tolva_command_fuzzer --engine PATH [--seed N] [--sequences N] [--cores N] [--out FILE]\n"
+    std::cerr << "usage: tolva_command_fuzzer --engine PATH [--uci] [--seed N] [--sequences N] [--cores N] [--out FILE]\n"
                  "       tolva_command_fuzzer --engine PATH --replay FILE [--repeat N] [--shrink] [--out FILE]\n";
     return 2;
   }

@@ -1,8 +1,10 @@
 #include "fuzz/command_generator.h"
 
+#include <algorithm>
 #include <cctype>
 #include <sstream>
 
+#include "board/fen.h"
 #include "board/fen_writer.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
@@ -57,6 +59,24 @@ const Lines specialFens = {
     "qqqqqqqq/qqqqqqqq/8/3k4/8/8/QQQQQQQQ/QQQQQQQQ w - - 0 1", "3k4/8/8/8/8/8/8/3K4 w - e3 0 1",
     "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", "1k6/8/1K6/8/8/8/8/7R w - - 0 1", "pppppppp/8/8/3k4/8/8/8/K6N b - - 0 1",
     "R3k3/8/4K3/8/8/8/8/8 b - - 0 1"};
+// UCI lines by weight, with the tokens of the xboard lines and {moves} (a few
+// legal moves from the position), {limits} (a go's limits that end by
+// themselves) and {option} (a setoption's name and value). Starters leave a
+// search running until stop, ponderhit or the end of input.
+const std::vector<std::pair<int, std::string>> uciCommands = {
+    {8, "position startpos{startmoves}"}, {6, "position fen {fen}{moves}"},
+    {3, "{position|position fen|position startpos moves e2e5|position foo|position startpos moves {odd}|position fen {fen} x}"},
+    {10, "go {limits}"}, {3, "go {limits} searchmoves {move}{| {move}| {odd}| {move} {move}}"},
+    {2, "go perft {1..3}"}, {1, "go {perft|depth|nodes|movetime|wtime} {0|-1|x||99999999999999999999}"},
+    {3, "go {infinite|ponder|ponder wtime {0..2000} btime {0..2000}|infinite searchmoves {move}|}"},
+    {4, "stop"}, {3, "ponderhit"}, {4, "isready"}, {6, "setoption {option}"}, {2, "ucinewgame"},
+    {1, "{debug on|debug off|uci|register later|xboard|new|usermove e2e4|stop stop|isready x}"}, {1, "{noise}"},
+    {2, "{| |   |\r|\t}"}, {1, "{quit|quit   }"},
+};
+const Lines uciConcurrent = {"isready", "stop", "ponderhit", "setoption {option}", "{| |\r|debug on}", "go depth 1",
+                             "position startpos", "ucinewgame"};
+const Lines uciStarters = {"go infinite", "go ponder", "go  ", "go"};
+
 const Lines boundaryNumbers = {"0", "-1", "1", "2147483647", "2147483648", "-2147483649", "4294967296",
                                "99999999999999999999", "x", "", "12abc", "+3", "0x10", "1.5", " ", "-0"};
 
@@ -75,6 +95,7 @@ void CommandGenerator::begin(FuzzSequence& sequence) {
 }
 
 std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
+  if (settings_.uci) return nextUci();
   std::vector<FuzzStep> steps;
   if (finished_) return steps;
   const int group = group_++;
@@ -139,6 +160,92 @@ std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
   return steps;
 }
 
+std::vector<FuzzStep> CommandGenerator::nextUci() {
+  std::vector<FuzzStep> steps;
+  if (finished_) return steps;
+  const int group = group_++;
+  auto add = [&](FuzzStep::Kind kind, const std::string& text = "", int ms = 0, bool newline = true) {
+    FuzzStep step;
+    step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.group = group;
+    steps.push_back(step);
+  };
+  if (sent_++ == 0) {
+    setupFromFen(uciBoard_, startPositionFen);
+    add(FuzzStep::Send, "uci");
+    return steps;
+  }
+  if (sent_ > length_) {
+    // End of input, now and then in the middle of a line or right behind a search start.
+    const uint32_t how = random_.below(10);
+    const std::string line = expand(random_.pick(Lines{"isready", "position startpos{startmoves}", "go {limits}", "go"}), &uciBoard_);
+    if (how == 0) add(FuzzStep::Send, line.substr(0, random_.below(uint32_t(line.size()) + 1)), 0, false);
+    if (how == 1 || how == 2) add(FuzzStep::Send, how == 1 ? random_.pick(Lines{"go infinite", "go ponder", "go"}) : "quit");
+    add(FuzzStep::Close);
+    finished_ = true;
+    return steps;
+  }
+  const uint32_t pause = random_.below(100);
+  const int ms = pause < 35 ? 0 : pause < 65 ? random_.range(1, 5) : pause < 83 ? random_.range(6, 20)
+                                : pause < 93 ? random_.range(21, 50) : random_.range(51, 300);
+  if (ms) add(FuzzStep::Sleep, "", ms);
+  std::string pattern;
+  if (burst_ > 0 && burst_--) {
+    pattern = random_.pick(uciConcurrent);
+  } else {
+    int total = 0;
+    for (const auto& c : uciCommands) total += c.first;
+    int roll = random_.range(0, total - 1);
+    for (const auto& c : uciCommands)
+      if ((roll -= c.first) < 0 && pattern.empty()) pattern = c.second;
+  }
+  std::string line = expand(pattern, &uciBoard_);
+  if (random_.chance(0.05)) line += random_.pick(Lines{"\r", "\t", "  ", " extra"});
+  add(FuzzStep::Send, line);
+  for (const std::string& starter : uciStarters)
+    if (line.rfind(starter, 0) == 0 && random_.chance(0.5)) burst_ = random_.range(2, 8);
+  if (line == "quit" || line == "quit   ") {
+    if (random_.chance(0.5)) add(FuzzStep::Send, "isready");
+    add(FuzzStep::Close);
+    finished_ = true;
+  }
+  return steps;
+}
+
+std::string CommandGenerator::uciToken(const std::string& name) {
+  if (name == "startmoves") {
+    setupFromFen(uciBoard_, startPositionFen);
+    uciBoardKnown_ = true;
+    return uciToken("moves");
+  }
+  if (name == "moves") {
+    // A few legal moves from the line's position, when the generator knows it.
+    if (!uciBoardKnown_) return random_.chance(0.5) ? "" : expand(" moves {odd}", &uciBoard_);
+    std::string text = random_.chance(0.3) ? "" : " moves";
+    for (int n = random_.range(0, 6); n > 0 && text.size() > 0; --n) {
+      MoveList list;
+      bool inCheck = false;
+      generateLegalMoves(uciBoard_, list, inCheck);
+      if (list.count == 0) break;
+      const Move move = list.moves[random_.below(list.count)].move;
+      text += " " + moveToString(move);
+      UndoRecord undo;
+      makeMoveForSide(uciBoard_, move, undo);
+    }
+    return text;
+  }
+  if (name == "limits")  // each ends by itself, and soon
+    return expand(random_.pick(Lines{"depth {1..5}", "nodes {1..20000}", "movetime {0..300}", "movetime {0..50} depth {1..9}",
+                                     "wtime {0..3000} btime {0..3000}{| winc {0..100} binc {0..100}}{| movestogo {1..5}}",
+                                     "wtime {-100..100} btime 1 movestogo 1", "depth 2 nodes 0", "mate 2 depth 3"}), &uciBoard_);
+  // setoption: sizes stay small, for the sanitizers; numbers out of range are refused.
+  return expand(random_.pick(Lines{"name {Hash|PawnHash} value {1..8}", "name Threads value {1..C}", "name MultiPV value {1..5}",
+                                   "name {Move Overhead|move overhead} value {0..200}", "name {Ponder|OwnBook} value {true|false|TRUE|x}",
+                                   "name Clear Hash", "name BookFile value {%D/performance.bin|/nonexistent|<empty>}",
+                                   "name GaviotaTbPath value {%G/gtb1|%G/gtb4|/nonexistent|<empty>}", "name GaviotaTbCache value {0..4}",
+                                   "name {Hash|Threads|MultiPV|Move Overhead|PawnHash|Ponder|Foo} value {num}",
+                                   "{name|value 3|name Hash value|name|name  Hash  value  2}"}), &uciBoard_);
+}
+
 std::string CommandGenerator::expand(const std::string& pattern, const Board_0x88* board) {
   std::string out;
   for (size_t at = 0; at < pattern.size();) {
@@ -165,6 +272,16 @@ std::string CommandGenerator::token(const std::string& name, const Board_0x88* b
   if (const size_t dots = name.find(".."); dots != std::string::npos) {
     const std::string high = name.substr(dots + 2);
     return std::to_string(random_.range(std::stoi(name.substr(0, dots)), high == "C" ? settings_.maxCores : std::stoi(high)));
+  }
+  if (settings_.uci && (name == "moves" || name == "startmoves" || name == "limits" || name == "option"))
+    return uciToken(name);
+  if (settings_.uci && name == "fen") {
+    // Only a position of the suite, or the last one as it stood, is known to take moves.
+    const std::string text = fen(board);
+    const std::string current = positionToFen(uciBoard_);
+    uciBoardKnown_ = text == current || std::find(settings_.seedFens.begin(), settings_.seedFens.end(), text) != settings_.seedFens.end();
+    if (uciBoardKnown_) setupFromFen(uciBoard_, text.c_str());
+    return text;
   }
   if (name == "num") return random_.chance(0.5) ? std::to_string(random_.range(-3, 200)) : random_.pick(boundaryNumbers);
   if (name == "fen") return fen(board);

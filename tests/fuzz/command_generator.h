@@ -40,6 +40,7 @@ struct GeneratorSettings {
   std::string dataDir;     // tests/data: a book, and seed positions
   std::string gaviotaDir;  // folder with the 3-man tables (gtb1 to gtb4)
   std::vector<std::string> seedFens;
+  bool uci = false;  // sequences of the UCI front end: `uci` first, then its commands
 };
 
 // Draws sequences of real commands with random, boundary and malformed
@@ -61,6 +62,13 @@ class CommandGenerator {
   std::string token(const std::string& name, const Board_0x88* board);
   std::string fen(const Board_0x88* board);
   std::string noise();
+  // The UCI counterpart of next(): the generator follows the position it
+  // sent itself, so that its moves are legal there.
+  std::vector<FuzzStep> nextUci();
+  std::string uciToken(const std::string& name);
+
+  Board_0x88 uciBoard_;        // the position of the last position line sent
+  bool uciBoardKnown_ = true;  // false after a FEN that may be broken
 
   FuzzRandom random_;
   GeneratorSettings settings_;

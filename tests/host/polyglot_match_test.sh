@@ -7,7 +7,9 @@
 #
 # Usage: polyglot_match_test.sh <path to tolva> [games] [xboard time control words...]
 # Environment: TOLVA_HOST_TIMEOUT (seconds for the whole match, default 600),
-#              TOLVA_HOST_KEEP=1 keeps the working directory.
+#              TOLVA_HOST_KEEP=1 keeps the working directory,
+#              TOLVA_HOST_PONDER=1 lets xboard ponder (-ponder): polyglot then
+#              sends `go ... ponder`, `ponderhit` and `stop`, as its log must show.
 # Exit status: 0 pass, 1 fail, 77 skipped when polyglot, xboard, xvfb-run,
 # xauth or fairymax is missing.
 set -u
@@ -23,6 +25,9 @@ shift 2 2>/dev/null
 time_control=("$@")
 [ ${#time_control[@]} = 0 ] && time_control=(-tc 0:10 -inc 0.1)
 timeout_seconds=${TOLVA_HOST_TIMEOUT:-600}
+ponder=${TOLVA_HOST_PONDER:-0}
+ponder_flag=-xponder
+[ "$ponder" = 1 ] && ponder_flag=-ponder
 failed=0
 fail() {
   echo "FAIL: $*"
@@ -43,6 +48,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-polyglot.XXXXXX")
 mkdir -p "$work/tolva" "$work/fairymax"
 pgn=$work/games.pgn
 log=$work/xboard-debug.log
+polyglot_log=$work/polyglot.log
 # shellcheck disable=SC2317  # called through the trap
 cleanup() {
   xboard_stop
@@ -51,12 +57,12 @@ cleanup() {
 trap cleanup EXIT
 trap 'failed=1; exit 1' INT TERM
 
-echo "Match: $games games, Tolva (UCI through $polyglot) against fairymax, ${time_control[*]}"
+echo "Match: $games games, Tolva (UCI through $polyglot) against fairymax, ${time_control[*]} $ponder_flag"
 # -fUCI makes xboard start Tolva through polyglot.
 xboard_start "$work" -fcp "$tolva" -fd "$work/tolva" -fn Tolva -fUCI \
-  -adapterCommand "$polyglot -noini -ec \"%fcp\" -ed \"%fd\"" -firstOptions "PawnHash=4" \
+  -adapterCommand "$polyglot -noini -log true -lf \"$polyglot_log\" -ec \"%fcp\" -ed \"%fd\"" -firstOptions "PawnHash=4" \
   -scp "$fairymax" -sd "$work/fairymax" -sn Fairymax \
-  -mg "$games" "${time_control[@]}" -xponder -autoCallFlag true \
+  -mg "$games" "${time_control[@]}" "$ponder_flag" -autoCallFlag true \
   -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
   -adjudicateDrawMoves 80 -matchPause 1000 \
   -sgf "$pgn" -debug -nameOfDebugFile "$log" -soundProgram true
@@ -89,6 +95,18 @@ $problems"
   grep -q -E '^[0-9]+ >first : option PawnHash=4$' "$log" || fail "the option PawnHash never went out to polyglot"
 else
   fail "xboard wrote no debug log"
+fi
+
+# Pondering: Tolva offers it, polyglot asks for it, and the predicted moves
+# both hit and miss over a few games.
+if [ "$ponder" = 1 ]; then
+  if [ -s "$polyglot_log" ]; then
+    grep -q 'option name Ponder type check' "$polyglot_log" || fail "Tolva did not list the Ponder option"
+    grep -q -E 'Adapter->Engine: go .*ponder' "$polyglot_log" || fail "polyglot never sent go ponder"
+    grep -q -E 'Adapter->Engine: (ponderhit|stop)$' "$polyglot_log" || fail "no ponder search was ended by ponderhit or stop"
+  else
+    fail "polyglot wrote no log"
+  fi
 fi
 
 if [ "$failed" != 0 ]; then

@@ -26,6 +26,7 @@ TEST(UciTimeTest, AllocationTable) {
     SCOPED_TRACE(row.time);
     EXPECT_EQ(allocateMoveTime(UciClock{row.time, row.increment, row.movesToGo}), row.expected);
   }
+  EXPECT_EQ(allocateMoveTime(UciClock{60000, 0, 0, 100}), 1866);  // a larger overhead leaves less to think
   EXPECT_EQ(fixedMoveTime(500), 499);
   EXPECT_EQ(fixedMoveTime(0), 1);
 }
@@ -37,7 +38,7 @@ TEST(UciTimeTest, ShortClocksLastTheGame) {
     int64_t time = start.time;
     for (int move = 0; move < 300; ++move) {
       const int64_t movesToGo = start.movesToGo ? start.movesToGo - move % start.movesToGo : 0;
-      time -= allocateMoveTime(UciClock{time, start.increment, movesToGo}) + MoveOverheadMs / 2 - start.increment;
+      time -= allocateMoveTime(UciClock{time, start.increment, movesToGo}) + UciClock{}.overhead / 2 - start.increment;
       if (movesToGo == 1) time += start.time;
       ASSERT_GT(time, 0) << "clock " << start.time << "+" << start.increment << ", move " << move;
     }
