@@ -6,7 +6,6 @@
 #include <iostream>
 #include <sstream>
 
-#include "board/board_test_support.h"
 #include "board/fen.h"
 
 namespace {
@@ -119,27 +118,6 @@ TEST(Perft, HashReplacement) {
   EXPECT_DOUBLE_EQ(perftHashFill(*table), 4 * 100.0 / 65536);  // the first 16384 buckets over 65536 entries
   table->clear();
   EXPECT_EQ(perftHashFill(*table), 0.0);
-}
-
-// perft960.epd, counted by a reference program: every depth up to a few
-// million leaves, through the table; the same positions with the castling
-// field in X-FEN count the same. The deep run takes every depth.
-TEST(Perft, Chess960Suite) {
-  const std::vector<SuiteLine> suite = readSuite("perft960.epd");
-  ASSERT_EQ(suite.size(), 54u);
-  PerftHashTable* table = newTable(16);
-  for (const SuiteLine& line : suite) {
-    for (const std::string& fen : {line.fen, toXFen(line.fen)}) {
-      Board_0x88 board;
-      std::string error;
-      ASSERT_TRUE(setupChess960FromFen(board, fen.c_str(), error)) << fen << ": " << error;
-      table->clear();
-      for (uint32_t depth = 1; depth <= line.counts.size() && line.counts[depth - 1] <= 6'000'000; ++depth) {
-        PerftStats stats;
-        EXPECT_EQ(countLeaves(stats, board, table, depth, false), line.counts[depth - 1]) << fen << " depth " << depth;
-      }
-    }
-  }
 }
 
 }  // namespace
