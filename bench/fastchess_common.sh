@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What bench/sprt.sh and bench/gauntlet.sh share: finding fastchess, the match
 # folder, the engine settings of a match and the sum of abnormal game ends.
 # fastchess isn't a Debian package: build it with ../shared/tools/build-fastchess.sh
