@@ -15,7 +15,7 @@
 # opponents' are counted apart), 1 otherwise, 2 on wrong usage, 77 without fastchess.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-# shellcheck source=fastchess_common.sh
+# shellcheck source=SCRIPTDIR/fastchess_common.sh
 . "$here/fastchess_common.sh"
 
 if [ $# -lt 1 ] || [ ! -x "$1" ]; then

@@ -17,7 +17,7 @@
 # when it had any or fastchess failed, 2 on wrong usage, 77 without fastchess.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-# shellcheck source=fastchess_common.sh
+# shellcheck source=SCRIPTDIR/fastchess_common.sh
 . "$here/fastchess_common.sh"
 
 if [ $# -ne 2 ] || [ ! -x "$1" ] || [ ! -x "$2" ]; then
