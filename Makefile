@@ -21,7 +21,14 @@ ifeq ($(origin CC),command line)
   endif
 endif
 
-TOLVA_CXXFLAGS := -std=c++20 -O3 -DNDEBUG -flto=auto -fno-fat-lto-objects -Wall -Wextra -Isrc -pthread
+# g++'s objects carry only the link-time code, as in the CMake build; clang has no such switch.
+ifneq ($(findstring clang,$(shell $(CXX) --version 2>/dev/null)),)
+  TOLVA_LTO := -flto=auto
+else
+  TOLVA_LTO := -flto=auto -fno-fat-lto-objects
+endif
+
+TOLVA_CXXFLAGS := -std=c++20 -O3 -DNDEBUG $(TOLVA_LTO) -Wall -Wextra -Isrc -pthread
 TOLVA_LDFLAGS := -O3 -flto=auto -pthread
 TOLVA_LIBS := -lz -llzma
 
