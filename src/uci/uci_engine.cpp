@@ -6,6 +6,7 @@
 #include "board/attacks.h"
 #include "board/move_generation.h"
 #include "board/move_text.h"
+#include "diagnostics/fixed_depth_bench.h"
 #include "player/chess_player.h"
 #include "player/line_atomic_output.h"
 #include "uci/uci_info.h"
@@ -84,6 +85,7 @@ bool UciEngine::handleLine(const std::string& line, int64_t receivedMs) {
     else if (command == "go") cmdGo(rest, receivedMs);
     else if (command == "stop") cmdStop();
     else if (command == "ponderhit") cmdPonderhit();
+    else if (command == "bench") cmdBench();
     else if (command == "debug") debug_ = !rest.empty() && rest[0] == "on";
     else if (command == "quit") {
       cmdQuit();
@@ -281,6 +283,13 @@ void UciEngine::cmdPonderhit() {
   // The centisecond clock of the root's rules counts from the think's start too.
   if (deadline && onClock) timeControl_.maxTime = uint32_t(std::max<int64_t>((deadline - searchStartMs_) / 10, 1));
   if (!holdAnswer_ && !heldAnswer_.empty()) answerLocked(heldAnswer_);
+}
+
+void UciEngine::cmdBench() {
+  if (answerPending()) return infoString("bench ignored: a search is running");
+  settle();
+  // Tables of its own: the game, its tables and the settings stay as they are.
+  runFixedDepthBench(std::cout, "info string ");
 }
 
 void UciEngine::cmdQuit() {

@@ -59,6 +59,7 @@ class UciEngine : public EngineInterface, public SearchInterface {
   void cmdGo(const std::vector<std::string>& words, int64_t receivedMs);
   void cmdStop();
   void cmdPonderhit();
+  void cmdBench();
   void cmdQuit();
 
   // A go is still waiting for its bestmove.
