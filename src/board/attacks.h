@@ -225,6 +225,32 @@ inline bool passesTrial(Board_0x88& b, Move m) {
   return !attacked;
 }
 
+// The squares of a castling path empty and those that the king passes not
+// attacked by `Them`; the king's start and destination are the caller's.
+template <Color Them>
+inline bool castlingPathIsFree(const Board_0x88& b, const CastlingPath& path) {
+  for (unsigned i = 0; i < path.emptyCount; ++i)
+    if (b.piece[path.mustBeEmpty[i]] != NoPiece) return false;
+  for (unsigned i = 0; i < path.passedCount; ++i)
+    if (isAttacked<Them>(b, path.passed[i])) return false;
+  return true;
+}
+
+// The legality trial of a castling whose path is free: is the king's
+// destination attacked once king and rook stand on their new squares? An
+// attack scan sees our men only as blockers, by their colour, so only the
+// colours of the (up to) four squares change for the question.
+template <Color C>
+inline bool castlingLandsSafely(Board_0x88& b, const CastlingPath& path, unsigned right) {
+  const Square kingTo = castlingKingTo[right], rookTo = castlingRookTo[right];
+  b.color[path.kingFrom] = b.color[path.rookFrom] = NoColor;
+  b.color[kingTo] = b.color[rookTo] = C;
+  const bool attacked = isAttacked<opponent(C)>(b, kingTo);
+  b.color[kingTo] = b.color[rookTo] = NoColor;
+  b.color[path.kingFrom] = b.color[path.rookFrom] = C;
+  return !attacked;
+}
+
 // Legality of a pseudo-legal move when not in check: only king moves, pinned
 // pieces and en passant pay for a trial.
 template <Color Side>

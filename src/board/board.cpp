@@ -1,7 +1,6 @@
 #include "board/board.h"
 
 #include <cstring>
-#include <initializer_list>
 
 #include "board/psq_table.h"
 #include "board/square_shade.h"
@@ -32,6 +31,7 @@ void Board_0x88::clear() {
   halfMoveClock = 0;
   setupMoveNumber = 1;
   sideToMove = NoColor;
+  setStandardCastling(castling);
   std::memset(piece, NoPiece, sizeof piece);
   std::memset(color, NoColor, sizeof color);
   std::memset(slot, NoSlot, sizeof slot);
@@ -121,8 +121,7 @@ uint64_t Board_0x88::computePawnHash() const {
 
 uint64_t Board_0x88::computeFullHash() const {
   uint64_t key = computePieceHash(White) ^ computePieceHash(Black);
-  for (int bit : {1, 2, 4, 8})
-    if (castlingRights & bit) key ^= castlingKey[bit];
+  key ^= castling.rightsKey[castlingRights & 15];
   if (epSquare != NoSquare) key ^= epKey[epSquare & 15];
   if (sideToMove == Black) key ^= sideKey;
   return key;

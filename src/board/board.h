@@ -1,17 +1,12 @@
 #pragma once
 #include <cstdint>
 
+#include "board/castling.h"
 #include "board/move.h"
 #include "board/piece_set.h"
 #include "board/position_record.h"
 #include "board/score_pair.h"
 #include "board/types.h"
-
-// Castling right bits, in FEN letter order K, Q, k, q.
-constexpr uint8_t CastleWK = 1;
-constexpr uint8_t CastleWQ = 2;
-constexpr uint8_t CastleBK = 4;
-constexpr uint8_t CastleBQ = 8;
 
 constexpr int HistorySize = 1024;
 
@@ -34,6 +29,9 @@ class Board_Common {
   uint8_t sideToMove;
   // The full-move number of the set-up position (at ply 0), for writing FEN.
   uint32_t setupMoveNumber;
+  // Where the castling kings and rooks start, standard unless a Chess960
+  // position was set up.
+  CastlingRules castling;
 
  protected:
   Board_Common() = default;

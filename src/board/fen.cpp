@@ -70,6 +70,67 @@ bool readCastling(Board_0x88& board, const char*& p) {
   return true;
 }
 
+// Chess960: rights named by their rook's file (Shredder-FEN "HAha"), or in
+// X-FEN by K and Q for the outermost rook on that side of the king. Each
+// right needs its king and rook on their first rank; what is wrong is said
+// in `error`.
+bool readChess960Castling(Board_0x88& board, const char*& p, std::string& error) {
+  Square king[2] = {NoSquare, NoSquare};
+  Square rook[4] = {NoSquare, NoSquare, NoSquare, NoSquare};
+  if (*p == '-' && *++p != ' ') return false;
+  for (; *p != ' '; ++p) {
+    const char letter = *p;
+    if (letter == '\0') return false;
+    const Color c = letter >= 'a' && letter <= 'z' ? Black : White;
+    const char upper = c == Black ? char(letter - 'a' + 'A') : letter;
+    const std::string right = std::string("castling right '") + letter + "': ";
+    const char* colour = c == White ? "white" : "black";
+    const int rank = c == White ? 0 : 7;
+    const std::string rankName = c == White ? "rank 1" : "rank 8";
+    if (upper != 'K' && upper != 'Q' && (upper < 'A' || upper > 'H')) {
+      error = right + "neither K, Q nor the file letter of a rook";
+      return false;
+    }
+    const Square k = board.side[c].square[0];
+    if ((k & 0x88) || board.piece[k] != King || rankOf(k) != rank) {
+      error = right + "no " + colour + " king on " + rankName;
+      return false;
+    }
+    auto isRook = [&](int file) {
+      const Square sq = makeSquare(file, rank);
+      return board.piece[sq] == Rook && board.color[sq] == c;
+    };
+    int file = -1;
+    if (upper == 'K') {
+      for (int f = 7; f > fileOf(k) && file < 0; --f)
+        if (isRook(f)) file = f;
+    } else if (upper == 'Q') {
+      for (int f = 0; f < fileOf(k) && file < 0; ++f)
+        if (isRook(f)) file = f;
+    } else if (isRook(upper - 'A')) {
+      file = upper - 'A';
+    }
+    if (file < 0) {
+      error = right + "no " + colour + " rook " +
+              (upper == 'K' ? "on the king side of " + rankName
+               : upper == 'Q' ? "on the queen side of " + rankName
+                              : std::string("on ") + char(letter | 0x20) + char('1' + rank));
+      return false;
+    }
+    const int index = 2 * c + (file > fileOf(k) ? 0 : 1);
+    if (rook[index] != NoSquare) {
+      error = right + "a second " + colour + " right on the " + (index & 1 ? "queen" : "king") + " side";
+      return false;
+    }
+    rook[index] = makeSquare(file, rank);
+    king[c] = k;
+    board.castlingRights |= uint8_t(1 << index);
+  }
+  setChess960Castling(board.castling, king, rook);
+  board.currentRecord().hashKey ^= board.castling.rightsKey[board.castlingRights];
+  return true;
+}
+
 // atoi that saturates instead of overflowing, so a move number of any length reads sensibly.
 long long readInteger(const char* text) {
   while (*text == ' ' || *text == '\t') ++text;
@@ -162,7 +223,8 @@ void dropUnplayableRights(Board_0x88& board, FenRepairs& repairs) {
   }
 }
 
-bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs);
+// `chess960error` is null for standard chess.
+bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs, std::string* chess960error);
 
 }  // namespace
 
@@ -187,7 +249,7 @@ bool setupFromFen(Board_0x88& board, const char* text, FenRepairs* repairs) {
   FenRepairs local;
   FenRepairs& found = repairs ? *repairs : local;
   found = FenRepairs{};
-  if (readFen(board, text, found)) {
+  if (readFen(board, text, found, nullptr)) {
     dropUnplayableRights(board, found);
     return true;
   }
@@ -196,9 +258,17 @@ bool setupFromFen(Board_0x88& board, const char* text, FenRepairs* repairs) {
   return false;
 }
 
+bool setupChess960FromFen(Board_0x88& board, const char* text, std::string& error) {
+  FenRepairs repairs;
+  error.clear();
+  if (readFen(board, text, repairs, &error)) return true;
+  board.clear();
+  return false;
+}
+
 namespace {
 
-bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs) {
+bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs, std::string* chess960error) {
   board.clear();
   const char* p = text;
   if (*p == ' ') return false;
@@ -215,7 +285,7 @@ bool readFen(Board_0x88& board, const char* text, FenRepairs& repairs) {
   ++p;
   if (*p != ' ') return false;
   ++p;
-  if (!readCastling(board, p)) return false;
+  if (chess960error ? !readChess960Castling(board, p, *chess960error) : !readCastling(board, p)) return false;
   ++p;
   switch (readEnPassant(board, p, repairs)) {
     case FieldResult::Fail: return false;

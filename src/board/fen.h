@@ -20,6 +20,15 @@ struct FenRepairs {
 // cleared, with no side to move, so that nothing walks a half-filled board.
 bool setupFromFen(Board_0x88& board, const char* text, FenRepairs* repairs = nullptr);
 
+// The same for Chess960. The castling field names each right by the file of
+// its rook (Shredder-FEN: "HAha", "Bb"), or in X-FEN by K and Q for the
+// outermost rook on that side of the king, with a file letter where another
+// rook is meant. A right whose king or rook isn't on its first rank is
+// refused rather than dropped: false, with the reason in `error` (left empty
+// when another field is at fault). Castling moves then go to the rook's
+// square, the king taking its own rook, and FENs are written in Shredder form.
+bool setupChess960FromFen(Board_0x88& board, const char* text, std::string& error);
+
 // The "# warning:" lines that tell a user what the reader dropped; empty when nothing.
 std::string describeRepairs(const FenRepairs& repairs);
 

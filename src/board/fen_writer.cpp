@@ -21,8 +21,14 @@ std::string positionToFen(const Board_0x88& board) {
   fen += board.sideToMove == Black ? " b " : " w ";
   if (!board.castlingRights) fen += '-';
   const char rightLetters[] = "KQkq";
-  for (int bit = 0; bit < 4; ++bit)
-    if (board.castlingRights & (1 << bit)) fen += rightLetters[bit];
+  for (int bit = 0; bit < 4; ++bit) {
+    if (!(board.castlingRights & (1 << bit))) continue;
+    // Chess960 in Shredder form: the file of each right's rook.
+    if (board.castling.chess960)
+      fen += char((bit < 2 ? 'A' : 'a') + fileOf(board.castling.path[bit].rookFrom));
+    else
+      fen += rightLetters[bit];
+  }
   fen += ' ';
   if (board.epSquare == NoSquare) {
     fen += '-';

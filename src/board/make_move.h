@@ -15,30 +15,6 @@ namespace make_detail {
 
 enum class Mode { Full, Perft, Light };
 
-// Rights that survive a move from (or to) each square.
-struct RightsTables {
-  uint8_t keepFrom[128];
-  uint8_t keepTo[128];
-};
-
-constexpr RightsTables buildRightsTables() {
-  RightsTables t{};
-  for (int i = 0; i < 128; ++i) t.keepFrom[i] = t.keepTo[i] = 15;
-  t.keepFrom[4] = uint8_t(~(CastleWK | CastleWQ) & 15);
-  t.keepFrom[7] = t.keepTo[7] = uint8_t(~CastleWK & 15);
-  t.keepFrom[0] = t.keepTo[0] = uint8_t(~CastleWQ & 15);
-  t.keepFrom[116] = uint8_t(~(CastleBK | CastleBQ) & 15);
-  t.keepFrom[119] = t.keepTo[119] = uint8_t(~CastleBK & 15);
-  t.keepFrom[112] = t.keepTo[112] = uint8_t(~CastleBQ & 15);
-  return t;
-}
-
-inline constexpr RightsTables rightsTables = buildRightsTables();
-
-// Rook squares of the four castlings, by detail.
-inline constexpr Square castleRookFrom[4] = {7, 0, 119, 112};
-inline constexpr Square castleRookTo[4] = {5, 3, 117, 115};
-
 inline void addPsq(ScorePair& sum, const ScorePair& v) {
   sum.mg = int16_t(sum.mg + v.mg);
   sum.eg = int16_t(sum.eg + v.eg);
@@ -48,14 +24,16 @@ inline void subPsq(ScorePair& sum, const ScorePair& v) {
   sum.eg = int16_t(sum.eg - v.eg);
 }
 
-inline void updateCastlingKey(uint8_t before, uint8_t after, uint64_t& key) {
-  uint8_t changed = before ^ after;
-  if (!changed) return;
-  if (changed & 1) key ^= castlingKey[1];
-  if (changed & 2) key ^= castlingKey[2];
-  if (changed & 4) key ^= castlingKey[4];
-  if (changed & 8) key ^= castlingKey[8];
+inline void updateCastlingKey(const Board_0x88& b, uint8_t before, uint8_t after, uint64_t& key) {
+  if (before != after) key ^= b.castling.rightsKey[(before ^ after) & 15];
 }
+
+// The legality trial's castling, out of line: rare in a tree, it would
+// otherwise cost the trial's common moves their registers.
+template <Color C>
+[[gnu::noinline]] void castleLight(Board_0x88& b, Square kingFrom, unsigned detail);
+template <Color C>
+[[gnu::noinline]] void uncastleLight(Board_0x88& b, Square kingFrom, unsigned detail);
 
 // Takes the piece on sq off the board; keys and psq as the mode keeps them.
 template <Mode M>
@@ -89,6 +67,40 @@ template <Mode M>
   b.piece[from] = NoPiece;
   b.color[from] = NoColor;
   b.slot[from] = NoSlot;
+}
+
+// Castling: king and rook leave their squares before either lands, since in
+// Chess960 each may land where the other stood (or stay where it is).
+inline void relocateKingAndRook(Board_0x88& b, Square kingFrom, Square rookFrom, Square kingTo, Square rookTo) {
+  const uint8_t c = b.color[kingFrom], kingSlot = b.slot[kingFrom], rookSlot = b.slot[rookFrom];
+  b.piece[kingFrom] = b.piece[rookFrom] = NoPiece;
+  b.color[kingFrom] = b.color[rookFrom] = NoColor;
+  b.slot[kingFrom] = b.slot[rookFrom] = NoSlot;
+  b.piece[kingTo] = King;
+  b.color[kingTo] = c;
+  b.slot[kingTo] = kingSlot;
+  b.piece[rookTo] = Rook;
+  b.color[rookTo] = c;
+  b.slot[rookTo] = rookSlot;
+  if (kingSlot < NoSlot) b.side[c].square[kingSlot] = kingTo;
+  if (rookSlot < NoSlot) b.side[c].square[rookSlot] = rookTo;
+}
+
+template <Color C, Mode M>
+inline void castle(Board_0x88& b, Square kingFrom, unsigned detail) {
+  const Square rookFrom = b.castling.path[detail].rookFrom;
+  const Square kingTo = castlingKingTo[detail], rookTo = castlingRookTo[detail];
+  if constexpr (M != Mode::Light) {
+    b.history[b.ply].hashKey ^= pieceKey[C][King - 1][toSquare64(kingFrom)] ^ pieceKey[C][King - 1][toSquare64(kingTo)] ^
+                                pieceKey[C][Rook - 1][toSquare64(rookFrom)] ^ pieceKey[C][Rook - 1][toSquare64(rookTo)];
+  }
+  if constexpr (M == Mode::Full) {
+    subPsq(b.psq[C], psqTable[C][King - 1][toSquare64(kingFrom)]);
+    addPsq(b.psq[C], psqTable[C][King - 1][toSquare64(kingTo)]);
+    subPsq(b.psq[C], psqTable[C][Rook - 1][toSquare64(rookFrom)]);
+    addPsq(b.psq[C], psqTable[C][Rook - 1][toSquare64(rookTo)]);
+  }
+  relocateKingAndRook(b, kingFrom, rookFrom, kingTo, rookTo);
 }
 
 template <Mode M>
@@ -142,6 +154,10 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
       u.captured = capturedCode(b, victim);
       removePiece<M>(b, victim);
       movePiece<M>(b, from, to);
+    } else if (kind == MoveCastling) {
+      // In Chess960 `to` is the own rook: nothing is taken.
+      u.captured = 0;
+      castleLight<C>(b, from, moveDetail(m));
     } else {
       u.captured = capturedCode(b, to);
       if (b.piece[to] != NoPiece) removePiece<M>(b, to);
@@ -151,8 +167,6 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
         b.piece[to] = promoted;
         --b.side[C].count[Pawn];
         ++b.side[C].count[promoted];
-      } else if (kind == MoveCastling) {
-        movePiece<M>(b, castleRookFrom[moveDetail(m)], castleRookTo[moveDetail(m)]);
       }
     }
     b.sideToMove = Them;
@@ -188,8 +202,8 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
       return;
     }
 
-    u.captured = capturedCode(b, to);
     if (kind == MovePromotion) {
+      u.captured = capturedCode(b, to);
       if (b.piece[to] != NoPiece) removePiece<M>(b, to);
       movePiece<M>(b, from, to);
       PieceType promoted = promotionPiece(m);
@@ -205,17 +219,17 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
       --b.side[C].count[Pawn];
       ++b.side[C].count[promoted];
       b.epSquare = NoSquare;
-      b.castlingRights &= rightsTables.keepTo[to];
+      b.castlingRights &= b.castling.keepRights[to];
       if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
     } else if (kind == MoveCastling) {
-      unsigned detail = moveDetail(m);
-      movePiece<M>(b, from, to);
-      movePiece<M>(b, castleRookFrom[detail], castleRookTo[detail]);
+      u.captured = 0;
+      castle<C, M>(b, from, moveDetail(m));
       if constexpr (M == Mode::Full) ++b.halfMoveClock;
       b.epSquare = NoSquare;
       b.castlingRights &= C == White ? uint8_t(~(CastleWK | CastleWQ)) : uint8_t(~(CastleBK | CastleBQ));
       if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
     } else {
+      u.captured = capturedCode(b, to);
       if (b.piece[to] != NoPiece) {
         removePiece<M>(b, to);
         if constexpr (M == Mode::Full) b.halfMoveClock = 0;
@@ -234,11 +248,11 @@ inline void make(Board_0x88& b, Move m, UndoRecord& u) {
           newEp = uint8_t(to + back);
       }
       b.epSquare = newEp;
-      b.castlingRights &= rightsTables.keepFrom[from] & rightsTables.keepTo[to];
+      b.castlingRights &= b.castling.keepRights[from] & b.castling.keepRights[to];
       if (oldEp != NoSquare) key ^= epKey[oldEp & 15];
       if (newEp != NoSquare) key ^= epKey[newEp & 15];
     }
-    updateCastlingKey(rightsBefore, b.castlingRights, key);
+    updateCastlingKey(b, rightsBefore, b.castlingRights, key);
     b.sideToMove = Them;
     key ^= sideKey;
   }
@@ -261,10 +275,14 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
       if (u.captured >> 4) restorePiece(b, to, u.captured >> 4, Them, u.captured & 15);
       break;
     }
-    case MoveCastling:
-      shiftPiece(b, to, from);
-      shiftPiece(b, castleRookTo[moveDetail(m)], castleRookFrom[moveDetail(m)]);
+    case MoveCastling: {
+      const unsigned detail = moveDetail(m);
+      if constexpr (M == Mode::Light)
+        uncastleLight<C>(b, from, detail);
+      else
+        relocateKingAndRook(b, castlingKingTo[detail], castlingRookTo[detail], from, b.castling.path[detail].rookFrom);
       break;
+    }
     case MoveEnPassant:
       shiftPiece(b, to, from);
       restorePiece(b, Square(to + back), Pawn, Them, u.captured & 15);
@@ -284,6 +302,15 @@ inline void unmake(Board_0x88& b, Move m, const UndoRecord& u) {
     b.halfMoveClock = u.halfMoveClock;
     --b.ply;
   }
+}
+
+template <Color C>
+void castleLight(Board_0x88& b, Square kingFrom, unsigned detail) {
+  castle<C, Mode::Light>(b, kingFrom, detail);
+}
+template <Color C>
+void uncastleLight(Board_0x88& b, Square kingFrom, unsigned detail) {
+  relocateKingAndRook(b, castlingKingTo[detail], castlingRookTo[detail], kingFrom, b.castling.path[detail].rookFrom);
 }
 
 }  // namespace make_detail

@@ -208,22 +208,24 @@ inline uint64_t evasionTargets(const Board_0x88& b) {
   return between | (uint64_t(1) << toSquare64(checkers[0]));
 }
 
-// Castling, king side first; the passed square must not be attacked and the
-// destination is tested by the trial like every king move.
-template <Color C, Walk W, typename List>
+// Castling, king side first, by the rules the position was set up with: the
+// squares between empty, the squares the king passes not attacked, and, the
+// trial of every king move, its destination safe once both have moved. Out
+// of line: the generators' own loops keep their registers.
+template <Color C, typename List>
+[[gnu::noinline]] void addCastlingIfLegal(Board_0x88& b, List& list, unsigned right) {
+  const CastlingPath& path = b.castling.path[right];
+  if (list.count < List::capacity && castlingPathIsFree<opponent(C)>(b, path) && castlingLandsSafely<C>(b, path, right))
+    list.add(path.move);
+}
+
+template <Color C, typename List>
 inline void addCastling(Board_0x88& b, List& list) {
-  constexpr Color Them = opponent(C);
-  constexpr Square e = C == White ? 4 : 116;
-  constexpr uint8_t kingSide = C == White ? CastleWK : CastleBK;
-  constexpr uint8_t queenSide = C == White ? CastleWQ : CastleBQ;
-  constexpr unsigned kingDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
-  constexpr unsigned queenDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
-  if ((b.castlingRights & kingSide) && b.piece[e + 1] == NoPiece && b.piece[e + 2] == NoPiece &&
-      !isAttacked<Them>(b, Square(e + 1)))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e + 2), MoveCastling, kingDetail), Filter{true});
-  if ((b.castlingRights & queenSide) && b.piece[e - 1] == NoPiece && b.piece[e - 2] == NoPiece &&
-      b.piece[e - 3] == NoPiece && !isAttacked<Them>(b, Square(e - 1)))
-    addFiltered<C, W>(b, list, encodeMove88(e, Square(e - 2), MoveCastling, queenDetail), Filter{true});
+  constexpr unsigned kingSide = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
+  const unsigned rights = b.castlingRights >> kingSide;
+  if (!(rights & 3)) return;
+  if (rights & 1) addCastlingIfLegal<C>(b, list, kingSide);
+  if (rights & 2) addCastlingIfLegal<C>(b, list, kingSide + 1);
 }
 
 }  // namespace gen_detail
@@ -234,7 +236,7 @@ inline void generateAllMoves(Board_0x88& b, const PinMasks& pins, List& list) {
   using namespace gen_detail;
   addEnPassant<C, Walk::All>(b, list);
   walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::All>(b, list);
+  addCastling<C>(b, list);
 }
 
 // All legal moves of a side in check; every candidate is tried.
@@ -259,7 +261,7 @@ template <Color C>
 inline void generateQuiets(Board_0x88& b, const PinMasks& pins, MoveList& list) {
   using namespace gen_detail;
   walkPieces<C, Walk::Quiets>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::Quiets>(b, list);
+  addCastling<C>(b, list);
 }
 
 // Room for two moves: enough to tell one legal move from several.
@@ -287,7 +289,7 @@ inline bool hasOneLegalMove(Board_0x88& b, const PinMasks& pins) {
   FirstTwoMoves list;
   addEnPassant<C, Walk::All>(b, list);
   walkPieces<C, Walk::All>(b, pins, list, PromotionsAll);
-  addCastling<C, Walk::All>(b, list);
+  addCastling<C>(b, list);
   return list.count == 1;
 }
 

@@ -5,8 +5,8 @@
 #include "board/move.h"
 #include "board/types.h"
 
-// The constants of one side's moves: pawn directions and ranks, the king's
-// home square and its castling rights and details.
+// The constants of one side's moves: pawn directions and ranks, and the
+// details of its castling moves.
 template <Color C>
 struct SideGeometry {
   static constexpr Color Them = opponent(C);
@@ -15,9 +15,6 @@ struct SideGeometry {
   static constexpr int capture2 = C == White ? 17 : -17;
   static constexpr int doubleStepRank = C == White ? 1 : 6;
   static constexpr int promotionSourceRank = C == White ? 6 : 1;
-  static constexpr Square kingHome = C == White ? 4 : 116;
-  static constexpr uint8_t kingSideRight = C == White ? CastleWK : CastleBK;
-  static constexpr uint8_t queenSideRight = C == White ? CastleWQ : CastleBQ;
   static constexpr unsigned kingSideDetail = C == White ? CastleWhiteKingSide : CastleBlackKingSide;
   static constexpr unsigned queenSideDetail = C == White ? CastleWhiteQueenSide : CastleBlackQueenSide;
 };

@@ -4,8 +4,11 @@
 #include <cstring>
 #include <initializer_list>
 
+#include "board/castling.h"
+
 uint64_t pieceKey[2][6][64];
 uint64_t castlingKey[16];
+uint64_t castlingRookKey[2][8];
 uint64_t epKey[8];
 uint64_t sideKey;
 
@@ -23,6 +26,15 @@ uint64_t drawKey() {
   return key;
 }
 
+// The Chess960 files come from a generator of their own (splitmix64), so
+// that rand() is left as before and every other key stays what it was.
+uint64_t nextChess960Key(uint64_t& state) {
+  uint64_t z = (state += 0x9E3779B97F4A7C15ull);
+  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+  z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+  return z ^ (z >> 31);
+}
+
 }  // namespace
 
 void initZobristKeys() {
@@ -37,4 +49,10 @@ void initZobristKeys() {
   for (int bit : {1, 2, 4, 8}) castlingKey[bit] = drawKey();
   for (int file = 0; file < 8; ++file) epKey[file] = drawKey();
   sideKey = drawKey();
+  uint64_t state = 960;
+  for (int color = 0; color < 2; ++color)
+    for (int file = 0; file < 8; ++file)
+      castlingRookKey[color][file] = file == 7   ? castlingKey[color == White ? CastleWK : CastleBK]
+                                     : file == 0 ? castlingKey[color == White ? CastleWQ : CastleBQ]
+                                                 : nextChess960Key(state);
 }

@@ -50,25 +50,17 @@ inline bool pieceReaches(const Board_0x88& b, int piece, Square from, Square to)
   return true;
 }
 
-// Castling as the generator builds it: right set, squares between empty, king
-// not in check and the passed square not attacked. The destination is left to
-// the legality trial, as for every king move.
+// Castling as the generator builds it: right set, the path free, and the
+// king not in check. The destination is left to the legality trial, as for
+// every king move. Out of line: a castling hint is rare.
 template <Color C>
-inline bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
+[[gnu::noinline]] bool castlingPossible(const Board_0x88& b, Square from, Square to, unsigned detail) {
   using G = Geometry<C>;
-  constexpr Square e = G::kingHome;
-  if (from != e || b.piece[e] != King) return false;
-  if (detail == G::kingSideDetail) {
-    if (to != e + 2 || !(b.castlingRights & G::kingSideRight)) return false;
-    if (!isEmpty(b, e + 1) || !isEmpty(b, e + 2)) return false;
-    return !isAttacked<G::Them>(b, Square(e + 1)) && !isAttacked<G::Them>(b, e);
-  }
-  if (detail == G::queenSideDetail) {
-    if (to != e - 2 || !(b.castlingRights & G::queenSideRight)) return false;
-    if (!isEmpty(b, e - 1) || !isEmpty(b, e - 2) || !isEmpty(b, e - 3)) return false;
-    return !isAttacked<G::Them>(b, Square(e - 1)) && !isAttacked<G::Them>(b, e);
-  }
-  return false;
+  if (detail != G::kingSideDetail && detail != G::queenSideDetail) return false;
+  if (!(b.castlingRights & (1u << detail))) return false;
+  const CastlingPath& path = b.castling.path[detail];
+  if (from != path.kingFrom || to != path.moveTo || b.piece[from] != King || b.color[from] != C) return false;
+  return castlingPathIsFree<G::Them>(b, path) && !isAttacked<G::Them>(b, from);
 }
 
 }  // namespace pseudo_legal_detail
@@ -80,7 +72,8 @@ inline bool isPseudoLegal(const Board_0x88& b, Move m) {
   if (m == NoMove) return false;
   const Square from = moveFromSquare(m);
   const Square to = moveToSquare(m);
-  if (b.color[from] != C || b.color[to] == C) return false;
+  // A Chess960 castling goes to the own rook's square.
+  if (b.color[from] != C || (b.color[to] == C && moveKind(m) != MoveCastling)) return false;
   const int piece = b.piece[from];
   const unsigned detail = moveDetail(m);
 

@@ -39,7 +39,8 @@ int32_t SearchThread::searchQuiescence(int32_t alpha, int32_t beta, uint32_t ply
     // Only a hint that this search would generate anyway.
     Move pv = line.first();
     unsigned kind = moveKind(pv);
-    if (b.piece[moveToSquare(pv)] != NoPiece || kind == MoveEnPassant ||
+    // A Chess960 castling, the king taking its own rook, is no capture.
+    if ((b.piece[moveToSquare(pv)] != NoPiece && kind != MoveCastling) || kind == MoveEnPassant ||
         (kind == MovePromotion && promotionPiece(pv) == Queen))
       selector.pvMove.move = pv;
   }

@@ -40,6 +40,7 @@ void copyPosition(Board_0x88& to, const Board_0x88& from) {
   std::memcpy(to.history, from.history, sizeof to.history);
   to.ply = from.ply;
   to.castlingRights = from.castlingRights;
+  to.castling = from.castling;
   to.epSquare = from.epSquare;
   to.halfMoveClock = from.halfMoveClock;
   to.sideToMove = from.sideToMove;

@@ -147,14 +147,14 @@ void UciEngine::cmdUcinewgame() {
   // A new game starts with empty tables, and any sizes set are applied.
   player_.setupSearch(true);
   std::string error, notes;
-  setUciPosition(player_, {"startpos"}, error, notes);
+  setUciPosition(player_, {"startpos"}, settings_.chess960, error, notes);
 }
 
 void UciEngine::cmdPosition(const std::vector<std::string>& words) {
   if (answerPending()) return infoString("position ignored: a search is running; send stop first");
   settle();
   std::string error, notes;
-  if (!setUciPosition(player_, words, error, notes)) return infoString("position refused, the last one stays: " + error);
+  if (!setUciPosition(player_, words, settings_.chess960, error, notes)) return infoString("position refused, the last one stays: " + error);
   // The FEN reader's warnings, as the host can show them.
   for (size_t start = 0; start < notes.size();) {
     size_t end = notes.find('\n', start);
@@ -232,8 +232,9 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   deadlineMs_.store(deadline, std::memory_order_relaxed);
   nodeLimit_ = limits.nodes > 0 ? limits.nodes : 0;
   searchStartMs_ = receivedMs;
-  // Only a game move with a clock comes from the book, never an analysis.
-  player_.bookEnabled = settings_.ownBook && !untilStopped && limits.depth < 0 && limits.nodes < 0 &&
+  // Only a game move with a clock comes from the book, never an analysis;
+  // and never in Chess960, which PolyGlot keys don't know.
+  player_.bookEnabled = settings_.ownBook && !settings_.chess960 && !untilStopped && limits.depth < 0 && limits.nodes < 0 &&
                         limits.hasClockFor(board.sideToMove == White);
   player_.outOfBook = true;
   player_.ponderMove = NoMove;

@@ -44,7 +44,8 @@ void writeUciOptions(std::ostream& out, const UciSettings& settings) {
       << spin("MultiPV", settings.multiPv, 1, UciSettings::MaxMultiPv)
       << spin("Move Overhead", settings.moveOverheadMs, 0, UciSettings::MaxMoveOverheadMs)
       << "option name Ponder type check default " << (settings.ponder ? "true" : "false") << "\n"
-      << "option name Clear Hash type button\n";
+      << "option name Clear Hash type button\n"
+      << "option name UCI_Chess960 type check default " << (settings.chess960 ? "true" : "false") << "\n";
 }
 
 bool setUciOption(UciSettings& settings, const std::string& name, const std::string& givenValue, bool searching,
@@ -79,13 +80,14 @@ bool setUciOption(UciSettings& settings, const std::string& name, const std::str
     settings.moveOverheadMs = size;
     return true;
   }
-  if (key == "ownbook" || key == "ponder") {
+  if (key == "ownbook" || key == "ponder" || key == "uci_chess960") {
     const std::string flag = lowerCase(value);
     if (flag != "true" && flag != "false") {
       error = "option " + name + " not changed: value '" + givenValue + "' is neither true nor false";
       return false;
     }
-    (key == "ownbook" ? settings.ownBook : settings.ponder) = flag == "true";
+    // Chess960 takes effect with the next position.
+    (key == "ownbook" ? settings.ownBook : key == "ponder" ? settings.ponder : settings.chess960) = flag == "true";
     return true;
   }
   if (key == "clear hash") {

@@ -15,6 +15,7 @@ struct UciSettings {
   int64_t moveOverheadMs = 10;  // taken off each move's time on a clock
   bool ponder = false;          // the host may ponder; go ponder is answered either way
   uint32_t multiPv = 1;         // lines shown per iteration
+  bool chess960 = false;        // positions and castling moves in Chess960 form
 };
 
 // The "option name ..." lines of the `uci` answer; the defaults shown are the

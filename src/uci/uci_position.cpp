@@ -32,7 +32,7 @@ struct GameSnapshot {
 
 // Sets up the position and plays the moves; false with the reason at the
 // first thing refused, the game then half-changed.
-bool applyPosition(ChessPlayer& player, const std::vector<std::string>& words, std::string& error,
+bool applyPosition(ChessPlayer& player, const std::vector<std::string>& words, bool chess960, std::string& error,
                    std::string& notes) {
   size_t next = 1;
   FenRepairs repairs;
@@ -40,15 +40,20 @@ bool applyPosition(ChessPlayer& player, const std::vector<std::string>& words, s
     error = "expected startpos or fen";
     return false;
   }
+  std::string reason;
   if (words[0] == "startpos") {
-    setupFromFen(*player.board, startPositionFen);
+    if (chess960)
+      setupChess960FromFen(*player.board, startPositionFen, reason);
+    else
+      setupFromFen(*player.board, startPositionFen);
   } else {
     std::vector<std::string> fields;
     while (next < words.size() && words[next] != "moves") fields.push_back(words[next++]);
     std::string fen;
     for (const std::string& field : fields) fen += (fen.empty() ? "" : " ") + field;
-    if (!setPositionFromWords(*player.board, fields, &repairs)) {
-      error = "the board refuses the FEN '" + fen + "'";
+    if (chess960 ? !setupChess960FromFen(*player.board, fen.c_str(), reason)
+                 : !setPositionFromWords(*player.board, fields, &repairs)) {
+      error = "the board refuses the FEN '" + fen + "'" + (reason.empty() ? "" : ": " + reason);
       return false;
     }
   }
@@ -80,10 +85,10 @@ bool applyPosition(ChessPlayer& player, const std::vector<std::string>& words, s
 
 }  // namespace
 
-bool setUciPosition(ChessPlayer& player, const std::vector<std::string>& words, std::string& error,
+bool setUciPosition(ChessPlayer& player, const std::vector<std::string>& words, bool chess960, std::string& error,
                     std::string& notes) {
   const GameSnapshot snapshot(player);
-  if (applyPosition(player, words, error, notes)) return true;
+  if (applyPosition(player, words, chess960, error, notes)) return true;
   snapshot.restore(player);
   notes.clear();
   return false;

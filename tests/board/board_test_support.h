@@ -23,10 +23,10 @@ struct SuiteLine {
   std::vector<uint64_t> counts;  // counts[d - 1] for depth d
 };
 
-// Lines "FEN ;D1 n ;D2 n ...".
-inline std::vector<SuiteLine> readSuite() {
+// Lines "FEN ;D1 n ;D2 n ..." of perft-suite.epd, or of another file of the data folder.
+inline std::vector<SuiteLine> readSuite(const char* file = "perft-suite.epd") {
   std::vector<SuiteLine> lines;
-  std::ifstream in(std::string(TOLVA_TEST_DATA_DIR) + "/perft-suite.epd");
+  std::ifstream in(std::string(TOLVA_TEST_DATA_DIR) + "/" + file);
   std::string text;
   while (std::getline(in, text)) {
     size_t cut = text.find(';');
@@ -39,6 +39,30 @@ inline std::vector<SuiteLine> readSuite() {
     lines.push_back(line);
   }
   return lines;
+}
+
+// A Chess960 FEN with its castling field in X-FEN: K or Q where a right's
+// rook is the outermost on that side of its king, the rook's file otherwise.
+inline std::string toXFen(const std::string& fen) {
+  std::istringstream in(fen);
+  std::string placement, side, castling, rest;
+  in >> placement >> side >> castling;
+  std::getline(in, rest);
+  std::string rank8 = placement.substr(0, placement.find('/')), rank1 = placement.substr(placement.rfind('/') + 1);
+  for (std::string* rank : {&rank8, &rank1})
+    for (size_t i = 0; i < rank->size(); ++i)
+      if ((*rank)[i] >= '1' && (*rank)[i] <= '8') rank->replace(i, 1, size_t((*rank)[i] - '0'), '.');
+  std::string written;
+  for (char letter : castling) {
+    const bool white = letter >= 'A' && letter <= 'H';
+    const std::string& rank = white ? rank1 : rank8;
+    const int file = (white ? letter - 'A' : letter - 'a'), king = int(rank.find(white ? 'K' : 'k'));
+    const int step = file > king ? 1 : -1;
+    bool outermost = letter != '-';
+    for (int f = file + step; outermost && f >= 0 && f < 8; f += step) outermost = rank[f] != (white ? 'R' : 'r');
+    written += !outermost ? letter : file > king ? (white ? 'K' : 'k') : (white ? 'Q' : 'q');
+  }
+  return placement + " " + side + " " + written + rest;
 }
 
 // The legal move written as `text`, or NoMove.
@@ -99,8 +123,9 @@ inline std::string sumsDisagree(const Board_0x88& b, int level) {
     if (b.side[c].total != totals[c]) return "total";
     if (level == 2 && !(b.psq[c] == psq[c])) return "psq";
   }
-  for (int bit : {1, 2, 4, 8})
-    if (b.castlingRights & bit) key ^= castlingKey[bit];
+  // One key per colour and file of a right's rook.
+  for (int right = 0; right < 4; ++right)
+    if (b.castlingRights & (1 << right)) key ^= castlingRookKey[right >> 1][fileOf(b.castling.path[right].rookFrom)];
   if (b.epSquare != NoSquare) key ^= epKey[b.epSquare & 15];
   if (b.sideToMove == Black) key ^= sideKey;
   if (level >= 1 && b.currentRecord().hashKey != key) return "hashKey";

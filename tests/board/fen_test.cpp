@@ -89,4 +89,49 @@ TEST(Fen, RefusedTextsLeaveAClearedBoard) {
   }
 }
 
+// Chess960 castling fields, Shredder-FEN and X-FEN, written back in Shredder
+// form; a right without its king or rook on the first rank is refused with
+// the reason (none for a fault elsewhere).
+TEST(Fen, Chess960CastlingFields) {
+  const struct { const char *fen, *written, *error; } cases[] = {
+      {"bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9",
+       "bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9", ""},
+      {"bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w KQkq - 2 9",
+       "bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf - 2 9", ""},
+      {"rkr5/8/8/8/8/8/8/RKR5 b KQq - 0 1", "rkr5/8/8/8/8/8/8/RKR5 b CAa - 0 1", ""},
+      {"1r2k2r/8/8/8/8/8/8/1K2R2R w Eb - 0 1", "1r2k2r/8/8/8/8/8/8/1K2R2R w Eb - 0 1", ""},
+      {"1r2k2r/8/8/8/8/8/8/1K2R2R w Kq - 0 1", "1r2k2r/8/8/8/8/8/8/1K2R2R w Hb - 0 1", ""},
+      {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", "4k3/8/8/8/8/8/8/4K3 w - - 0 1", ""},
+      {"4k3/8/8/8/8/8/8/4K3 w K - 0 1", "", "castling right 'K': no white rook on the king side of rank 1"},
+      {"4k3/8/8/8/8/8/8/4K2R w A - 0 1", "", "castling right 'A': no white rook on a1"},
+      {"r3k3/8/8/8/8/8/8/4K3 w Q - 0 1", "", "castling right 'Q': no white rook on the queen side of rank 1"},
+      {"4k3/8/8/8/8/8/4K3/7R w H - 0 1", "", "castling right 'H': no white king on rank 1"},
+      {"r7/4k3/8/8/8/8/8/4K3 b a - 0 1", "", "castling right 'a': no black king on rank 8"},
+      {"4k3/8/8/8/8/8/8/4K1RR w HG - 0 1", "", "castling right 'G': a second white right on the king side"},
+      {"4k3/8/8/8/8/8/8/4K2R w X - 0 1", "", "castling right 'X': neither K, Q nor the file letter of a rook"},
+      {"4k3/8/8/8/8/8/8/4K2R w H- - 0 1", "", "castling right '-': neither K, Q nor the file letter of a rook"},
+      {"4k3/8/8/8/8/8/8/4K2R w -H - 0 1", "", ""},
+      {"4k3/8/8/8/8/8/8/4K2X w H - 0 1", "", ""},
+  };
+  for (const auto& c : cases) {
+    Board_0x88 b;
+    std::string error = "unchanged";
+    EXPECT_EQ(setupChess960FromFen(b, c.fen, error), *c.written != '\0') << c.fen;
+    EXPECT_EQ(error, c.error) << c.fen;
+    if (!*c.written) continue;
+    EXPECT_EQ(positionToFen(b), c.written);
+    EXPECT_EQ(sumsDisagree(b, 2), "") << c.fen;
+  }
+  // One key per rook file: rights on other rooks are other positions, while
+  // those of the standard array keep their keys.
+  auto key = [](const char* fen, bool chess960) {
+    Board_0x88 b;
+    std::string error;
+    EXPECT_TRUE(chess960 ? setupChess960FromFen(b, fen, error) : setupFromFen(b, fen)) << fen;
+    return b.currentRecord().hashKey;
+  };
+  EXPECT_NE(key("4k3/8/8/8/8/8/8/R1R3K1 w A - 0 1", true), key("4k3/8/8/8/8/8/8/R1R3K1 w C - 0 1", true));
+  EXPECT_EQ(key(startPositionFen, false), key("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w HAha - 0 1", true));
+}
+
 }  // namespace

@@ -35,8 +35,6 @@ Snapshot take(const Board_0x88& b) {
   return s;
 }
 
-const Square rookFrom[4] = {7, 0, 119, 112}, rookTo[4] = {5, 3, 117, 115};
-
 // The board, rights, en-passant square and clock after a move, from the rules alone.
 Snapshot expectedAfter(const Board_0x88& b, Move m) {
   Snapshot e = take(b);
@@ -47,17 +45,30 @@ Snapshot expectedAfter(const Board_0x88& b, Move m) {
     e.piece[t] = e.piece[f], e.color[t] = e.color[f];
     e.piece[f] = NoPiece, e.color[f] = NoColor;
   };
-  auto lost = [](Square s) {
-    return s == 4 ? CastleWK | CastleWQ : s == 7 ? CastleWK : s == 0 ? CastleWQ : s == 116 ? CastleBK | CastleBQ
-                                                             : s == 119 ? CastleBK : s == 112 ? CastleBQ : 0;
+  // A right goes with a move from or to its king's or its rook's square.
+  auto lost = [&](Square s) {
+    int bits = 0;
+    for (int right = 0; right < 4; ++right)
+      if (s == b.castling.path[right].kingFrom || s == b.castling.path[right].rookFrom) bits |= 1 << right;
+    return bits;
   };
   e.castlingRights = uint8_t(b.castlingRights & ~(lost(from) | lost(to)));
   e.epSquare = NoSquare;
+  if (moveKind(m) == MoveCastling) {
+    // King and rook leave before either lands (in Chess960 each may land on the other's square).
+    const unsigned right = moveDetail(m);
+    const Square rook = b.castling.path[right].rookFrom;
+    e.piece[from] = e.piece[rook] = NoPiece, e.color[from] = e.color[rook] = NoColor;
+    e.piece[castlingKingTo[right]] = King, e.piece[castlingRookTo[right]] = Rook;
+    e.color[castlingKingTo[right]] = e.color[castlingRookTo[right]] = b.sideToMove;
+    e.castlingRights = uint8_t(b.castlingRights & ~(3 << (right & 2)));
+    e.halfMoveClock = uint8_t(b.halfMoveClock + 1);
+    return e;
+  }
   e.halfMoveClock = b.piece[to] != NoPiece || b.piece[from] == Pawn ? 0 : uint8_t(b.halfMoveClock + 1);
   shift(from, to);
   if (moveKind(m) == MoveEnPassant) e.piece[to + back] = NoPiece, e.color[to + back] = NoColor;
   if (moveKind(m) == MovePromotion) e.piece[to] = promotionPiece(m);
-  if (moveKind(m) == MoveCastling) shift(rookFrom[moveDetail(m)], rookTo[moveDetail(m)]);
   if (moveKind(m) == MoveNormal && moveDetail(m) == DetailDoubleStep)
     for (int beside : {to - 1, to + 1})
       if (!(beside & 0x88) && b.piece[beside] == Pawn && b.color[beside] == them) e.epSquare = Square(to + back);
@@ -69,9 +80,14 @@ Snapshot expectedAfter(const Board_0x88& b, Move m) {
 std::string afterMake(const Board_0x88& b, const Snapshot& before, const Snapshot& e, Move m, int level) {
   if (std::memcmp(b.piece, e.piece, sizeof e.piece) || std::memcmp(b.color, e.color, sizeof e.color)) return "board";
   if (b.sideToMove != opponent(Color(before.sideToMove))) return "sideToMove";
-  if (b.slot[moveToSquare(m)] != before.slot[moveFromSquare(m)]) return "moving piece changed slot";
-  if (moveKind(m) == MoveCastling && b.slot[rookTo[moveDetail(m)]] != before.slot[rookFrom[moveDetail(m)]])
-    return "castling rook changed slot";
+  if (moveKind(m) == MoveCastling) {
+    const unsigned right = moveDetail(m);
+    if (b.slot[castlingKingTo[right]] != 0 ||
+        b.slot[castlingRookTo[right]] != before.slot[b.castling.path[right].rookFrom])
+      return "castling king or rook changed slot";
+  } else if (b.slot[moveToSquare(m)] != before.slot[moveFromSquare(m)]) {
+    return "moving piece changed slot";
+  }
   if (level == 0) {
     Snapshot now = take(b);
     return std::memcmp(&now.castlingRights, &before.castlingRights, sizeof now - offsetof(Snapshot, castlingRights))
@@ -116,9 +132,15 @@ std::string checkPairs(Board_0x88& b, Move m) {
 }
 
 TEST(MakeMove, RandomWalksFromEverySuitePositionRestoreEverything) {
-  std::vector<std::pair<std::string, int>> starts;  // position, plies of the walk
+  struct Start {
+    std::string fen;
+    int plies;
+    bool chess960 = false;
+  };
+  std::vector<Start> starts;
   for (const SuiteLine& line : readSuite()) starts.push_back({line.fen, 40});
   ASSERT_GT(starts.size(), 100u);
+  for (const SuiteLine& line : readSuite("perft960.epd")) starts.push_back({line.fen, 40, true});
   // An officer in a pawn slot, rights and en passant at the edges, a clock
   // near its wrap; and pieces beyond the sixteen slots, which move but are
   // not taken (a taken one would come back into slot 0).
@@ -129,9 +151,10 @@ TEST(MakeMove, RandomWalksFromEverySuitePositionRestoreEverything) {
   for (const char* fen : {"r3k2r/8/8/8/8/P7/PPPPPPPP/RRR1K2R w KQkq - 0 1", "4k3/8/8/8/8/8/NNNNNNNN/NNN1K3 w - - 0 1"})
     starts.push_back({fen, 1});
   std::mt19937 rng(20240611);
-  for (const auto& [fen, plies] : starts) {
+  for (const auto& [fen, plies, chess960] : starts) {
     Board_0x88 b;
-    ASSERT_TRUE(setupFromFen(b, fen.c_str())) << fen;
+    std::string error;
+    ASSERT_TRUE(chess960 ? setupChess960FromFen(b, fen.c_str(), error) : setupFromFen(b, fen.c_str())) << fen;
     std::vector<Snapshot> stack{take(b)};
     std::vector<std::pair<Move, UndoRecord>> line;
     std::string failure, lineText;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "board/fen_writer.h"
 #include "board_test_support.h"
 
 namespace {
@@ -133,9 +134,14 @@ TEST(MoveGeneration, SuitePositionsAndTheirChildren) {
   const std::vector<SuiteLine> suite = readSuite();
   ASSERT_GT(suite.size(), 100u);
   uint64_t compared = 0;
-  for (const SuiteLine& line : suite) {
+  std::vector<std::pair<SuiteLine, bool>> lines;  // the line, Chess960
+  for (const SuiteLine& line : suite) lines.push_back({line, false});
+  for (const SuiteLine& line : readSuite("perft960.epd")) lines.push_back({line, true});
+  for (const auto& [line, chess960] : lines) {
     Board_0x88 b;
-    ASSERT_TRUE(setupFromFen(b, line.fen.c_str())) << line.fen;
+    std::string error;
+    ASSERT_TRUE(chess960 ? setupChess960FromFen(b, line.fen.c_str(), error) : setupFromFen(b, line.fen.c_str()))
+        << line.fen;
     std::string failure;
     for (int depth = 1; depth <= 4 && depth <= int(line.counts.size()) && line.counts[depth - 1] <= 200000; ++depth) {
       EXPECT_EQ(perft(b, depth, depth == 2 ? 2 : 0, failure), line.counts[depth - 1]) << line.fen << " depth " << depth;
@@ -143,7 +149,61 @@ TEST(MoveGeneration, SuitePositionsAndTheirChildren) {
     }
     EXPECT_EQ(failure, "") << line.fen;
   }
-  EXPECT_GT(compared, 4000000u);
+  EXPECT_GT(compared, 8000000u);
+}
+
+// Chess960 castling, written as the king taking its rook: whether it is
+// legal after the moves, and the position it leaves.
+TEST(MoveGeneration, Chess960Castling) {
+  const struct { const char *fen, *moves, *castling, *after; } cases[] = {
+      // The king already on its destination; the rook already on its own.
+      {"4k3/8/8/8/8/8/8/R5KR w HA - 0 1", "", "g1h1", "4k3/8/8/8/8/8/8/R4RK1 b - - 1 1"},
+      {"4k3/8/8/8/8/8/8/R5KR w HA - 0 1", "", "g1a1", "4k3/8/8/8/8/8/8/2KR3R b - - 1 1"},
+      {"4k3/8/8/8/8/8/8/4KR2 w F - 0 1", "", "e1f1", "4k3/8/8/8/8/8/8/5RK1 b - - 1 1"},
+      {"4k3/8/8/8/8/8/8/3RK3 w D - 0 1", "", "e1d1", "4k3/8/8/8/8/8/8/2KR4 b - - 1 1"},
+      // King and rook trade squares, or the rook stands between the king and its destination.
+      {"4k3/8/8/8/8/8/8/5KR1 w G - 0 1", "", "f1g1", "4k3/8/8/8/8/8/8/5RK1 b - - 1 1"},
+      {"4k3/8/8/8/8/8/8/1KR5 w C - 0 1", "", "b1c1", "4k3/8/8/8/8/8/8/5RK1 b - - 1 1"},
+      {"rk6/8/8/8/8/8/8/4K3 b a - 0 1", "", "b8a8", "2kr4/8/8/8/8/8/8/4K3 w - - 1 2"},
+      // The other rook, or any man, in the way of king or rook.
+      {"4k3/8/8/8/8/8/8/RRK5 w A - 0 1", "", "c1a1", ""},
+      {"4k3/8/8/8/8/8/8/1K1R3R w H - 0 1", "", "b1h1", ""},
+      {"4k3/8/8/8/8/8/8/1KRN4 w C - 0 1", "", "b1c1", ""},
+      {"4k3/8/8/8/8/8/8/1KR3N1 w C - 0 1", "", "b1c1", ""},
+      // Attacked: a square the king passes, its start, its destination; the
+      // rook's path alone may be attacked; a rook that shields the king's
+      // destination can't leave it.
+      {"4r1k1/8/8/8/8/8/8/1KR5 w C - 0 1", "", "b1c1", ""},
+      {"1r2k3/8/8/8/8/8/8/1KR5 w C - 0 1", "", "b1c1", ""},
+      {"4k1r1/8/8/8/8/8/8/1KR5 w C - 0 1", "", "b1c1", ""},
+      {"4k3/8/8/8/8/n7/8/R5K1 w A - 0 1", "", "g1a1", "4k3/8/8/8/8/n7/8/2KR4 b - - 1 1"},
+      {"4k3/8/8/8/8/8/8/rR3K2 w B - 0 1", "", "f1b1", ""},
+      // Rights go with a move of the king or rook, and with a rook taken on
+      // its square: another rook that comes there later has none.
+      {"7k/8/8/8/8/8/7b/RK2R1R1 b GA - 0 1", "h2g1 e1g1 h8h7", "b1g1", ""},
+      {"7k/8/8/8/8/8/7b/RK2R1R1 b GA - 0 1", "h2g1 e1g1 h8h7", "b1a1", "8/7k/8/8/8/8/8/2KR2R1 b - - 2 3"},
+      {"4k3/8/8/8/8/8/8/RK4R1 w GA - 0 1", "g1g2 e8e7 g2g1 e7e8", "b1g1", ""},
+      {"4k3/8/8/8/8/8/8/RK4R1 w GA - 0 1", "b1c1 e8e7 c1b1 e7e8", "b1a1", ""},
+      // The standard array: the king takes its rook here too.
+      {"r3k2r/8/8/8/8/8/8/R3K2R w HAha - 0 1", "e1h1", "e8a8", "2kr3r/8/8/8/8/8/8/R4RK1 w - - 2 2"},
+      {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", "", "e1g1", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.fen) + " + " + c.moves + ": " + c.castling);
+    Board_0x88 b;
+    std::string error;
+    ASSERT_TRUE(setupChess960FromFen(b, c.fen, error)) << error;
+    ASSERT_TRUE(playMoves(b, c.moves));
+    EXPECT_EQ(disagreement(b), "");
+    const Move m = legalMove(b, c.castling);
+    EXPECT_EQ(m != NoMove, *c.after != '\0');
+    if (m == NoMove) continue;
+    EXPECT_EQ(moveKind(m), MoveCastling);
+    UndoRecord undo;
+    makeMoveForSide(b, m, undo);
+    EXPECT_EQ(positionToFen(b), c.after);
+    EXPECT_EQ(sumsDisagree(b, 2), "");
+  }
 }
 
 // The order of the list: en passant first, then the pieces by slot in the

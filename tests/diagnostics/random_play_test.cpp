@@ -4,6 +4,7 @@
 
 #include "../board/board_test_support.h"
 #include "board/draw_rules.h"
+#include "board/fen_writer.h"
 #include "diagnostics/random_games.h"
 #include "player/chess_player.h"
 
@@ -77,6 +78,54 @@ TEST(RandomGames, StatisticsMatchARecountOfTheSameGames) {
     playRandomGame(player, player.randomGame, *stats);
     EXPECT_TRUE(stats->positions == left && player.ply == MaxGamePly && stats->gameLength[MaxGamePly] == 1u) << left;
   }
+}
+
+// Random games from every position of perft960.epd (Chess960 starts of both
+// kinds, middlegames) to their end, replayed: every position sound, the mover
+// never left in check, and its FEN, written in Shredder form and read back,
+// the same position with the same key. Castlings of both wings come up.
+TEST(RandomGames, Chess960GamesPlayToTheirEnd) {
+  TimeControl clock;
+  NoEngine engine;
+  ChessPlayer player{&clock, &engine};
+  player.randomGame = true;
+  std::srand(960);
+  uint64_t castlings[2] = {};
+  for (const SuiteLine& line : readSuite("perft960.epd")) {
+    std::string error;
+    ASSERT_TRUE(setupChess960FromFen(*player.board, line.fen.c_str(), error)) << line.fen;
+    player.ply = player.setupPly = 0;
+    auto stats = std::make_unique<RandomGameStats>();
+    playRandomGame(player, player.randomGame, *stats);
+    auto b = std::make_unique<Board_0x88>();
+    ASSERT_TRUE(setupChess960FromFen(*b, line.fen.c_str(), error));
+    std::string failure;
+    for (uint32_t i = 0; i < player.ply && failure.empty(); ++i) {
+      const Move m = player.moveHistory[i];
+      if (moveKind(m) == MoveCastling) ++castlings[moveDetail(m) & 1];
+      const Color mover = Color(b->sideToMove);
+      const uint8_t rights = b->castlingRights;
+      if (!playMoves(*b, moveToString(m))) failure = "illegal move " + moveToString(m);
+      const Square king = b->side[mover].square[0];
+      Board_0x88 reread;
+      if (!failure.empty()) break;
+      if (mover == White ? isAttacked<Black>(*b, king) : isAttacked<White>(*b, king)) failure = "mover in check";
+      else if (!sumsDisagree(*b, 2).empty()) failure = sumsDisagree(*b, 2);
+      else if (!setupChess960FromFen(reread, positionToFen(*b).c_str(), error) ||
+               reread.currentRecord().hashKey != b->currentRecord().hashKey || positionToFen(reread) != positionToFen(*b))
+        failure = "FEN " + positionToFen(*b) + " " + error;
+      else if (b->castlingRights & ~rights) failure = "a right came back";
+      if (!failure.empty()) failure += " after " + moveToString(m) + " at ply " + std::to_string(i + 1);
+    }
+    EXPECT_EQ(failure, "") << line.fen;
+    MoveList list;
+    bool inCheck;
+    generateLegalMoves(*b, list, inCheck);
+    GameEndReason reason = ReasonNone;
+    EXPECT_TRUE(list.count == 0 || isDrawByRule(*b, reason) || player.ply == MaxGamePly) << line.fen;
+  }
+  EXPECT_GT(castlings[0], 5u);
+  EXPECT_GT(castlings[1], 5u);
 }
 
 }  // namespace

@@ -241,6 +241,7 @@ std::string CommandGenerator::uciToken(const std::string& name) {
   return expand(random_.pick(Lines{"name {Hash|PawnHash} value {1..8}", "name Threads value {1..C}", "name MultiPV value {1..5}",
                                    "name {Move Overhead|move overhead} value {0..200}", "name {Ponder|OwnBook} value {true|false|TRUE|x}",
                                    "name Clear Hash", "name BookFile value {%D/performance.bin|/nonexistent|<empty>}",
+                                   "name UCI_Chess960 value {true|false|x}",
                                    "name GaviotaTbPath value {%G/gtb1|%G/gtb4|/nonexistent|<empty>}", "name GaviotaTbCache value {0..4}",
                                    "name {Hash|Threads|MultiPV|Move Overhead|PawnHash|Ponder|Foo} value {num}",
                                    "{name|value 3|name Hash value|name|name  Hash  value  2}"}), &uciBoard_);

@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 
+#include "board/board_test_support.h"
 #include "protocol/perft_suite.h"
 #include "protocol/transcript.h"
 
@@ -23,7 +24,7 @@ const std::string book = TOLVA_TEST_DATA_DIR "/performance.bin";
 std::string handshake(const std::string& hash = "256", const std::string& pawnHash = "32",
                       const std::string& ownBook = "true", const std::string& bookFile = "book.bin",
                       const std::string& multiPv = "1", const std::string& overhead = "10",
-                      const std::string& ponder = "false") {
+                      const std::string& ponder = "false", const std::string& chess960 = "false") {
   return "id name Tolva 0.7.0\nid author the Tolva developers\n"
          "option name Hash type spin default " + hash + " min 1 max 1048576\n"
          "option name Threads type spin default 1 min 1 max " + std::to_string(std::thread::hardware_concurrency()) +
@@ -34,7 +35,8 @@ std::string handshake(const std::string& hash = "256", const std::string& pawnHa
          "option name GaviotaTbCache type spin default 16 min 0 max 1048576\n"
          "option name MultiPV type spin default " + multiPv + " min 1 max 256\n"
          "option name Move Overhead type spin default " + overhead + " min 0 max 5000\n"
-         "option name Ponder type check default " + ponder + "\noption name Clear Hash type button\nuciok\n";
+         "option name Ponder type check default " + ponder + "\noption name Clear Hash type button\n"
+         "option name UCI_Chess960 type check default " + chess960 + "\nuciok\n";
 }
 
 // Start-up and the prompt are as in the console; `uci` ends the prompt's line.
@@ -69,7 +71,8 @@ const UciRow rows[] = {
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
      "setoption name OwnBook value maybe\nsetoption name Pondering value true\nsetoption name GaviotaTbCache value -1\n"
      "setoption\nsetoption name multipv value 3\nsetoption name MultiPV value 257\nsetoption name move OVERHEAD value 250\n"
-     "setoption name Move Overhead value -1\nsetoption name Ponder value True\nsetoption name Clear Hash\nuci\n",
+     "setoption name Move Overhead value -1\nsetoption name Ponder value True\nsetoption name Clear Hash\n"
+     "setoption name uci_chess960 value TRUE\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
          info("option Threads not changed: value 'x' is not a number from 1 to " +
               std::to_string(std::thread::hardware_concurrency())) +
@@ -78,7 +81,7 @@ const UciRow rows[] = {
          info("setoption ignored: no option name") +
          info("option MultiPV not changed: value '257' is not a number from 1 to 256") +
          info("option Move Overhead not changed: value '-1' is not a number from 0 to 5000") +
-         handshake("16", "8", "false", "my book.bin", "3", "250", "true"),
+         handshake("16", "8", "false", "my book.bin", "3", "250", "true", "true"),
      false},
     {"moves: castling, en passant, promotion",
      "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1g1 e8c8 f1f8 d8f8\n"
@@ -92,6 +95,30 @@ const UciRow rows[] = {
      info(refused + "illegal move 'e1f1' (move 2 of the list)") + info(refused + "illegal move 'e5d6' (move 7 of the list)") +
          info(refused + "illegal move 'a7a8' (move 1 of the list)") +
          info("warning: castling rights without their king or rook at home dropped: KQ"),
+     false},
+    {"Chess960: Shredder-FEN and X-FEN, castling as the king taking its rook",
+     "position fen k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1\nsetoption name UCI_Chess960 value true\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1 moves e1h1 e8a8 f1f8 d8f8\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w HAha - 0 1 moves e1a1 e8h8 d1d8 f8d8\n"
+     "position fen r3k2r/8/8/8/8/8/8/R3K2R w HAha - 0 1 moves e1g1\n"
+     "position fen 4k3/8/8/8/8/8/8/4K3 w K - 0 1\n"
+     "position fen k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1\ngo depth 2\n",  // castling, king and rook trading squares, is the only move
+     quoted(info(refused + "the board refuses the FEN 'k3r3/8/8/8/8/6p1/6P1/5KRB w G - 0 1'") +
+            info(refused + "illegal move 'e1g1' (move 1 of the list)") +
+            info(refused + "the board refuses the FEN '4k3/8/8/8/8/8/8/4K3 w K - 0 1': castling right 'K': no white rook "
+                           "on the king side of rank 1")) + search("f1g1"),
+     true},
+    // The reference program's counts, in the order of divide; the same in X-FEN.
+    {"go perft in Chess960",
+     "setoption name UCI_Chess960 value true\nposition fen r1k1r3/8/8/8/8/8/8/R1K1R3 w EAea - 0 1\ngo perft 2\n"
+     "position fen r1k1r3/8/8/8/8/8/8/R1K1R3 w KQkq - 0 1\ngo perft 2\n",
+     [] {
+       const std::string divide =
+           "c1b1: 25\nc1c2: 25\nc1d1: 25\nc1b2: 25\nc1d2: 25\na1a2: 24\na1a3: 23\na1a4: 22\na1a5: 21\na1a6: 20\n"
+           "a1a7: 16\na1a8: 3\na1b1: 23\ne1d1: 23\ne1e2: 24\ne1e3: 23\ne1e4: 22\ne1e5: 21\ne1e6: 20\ne1e7: 16\n"
+           "e1e8: 3\ne1f1: 25\ne1g1: 25\ne1h1: 26\nc1a1: 23\n\nNodes searched: 528\n";
+       return divide + divide;
+     }(),
      false},
     {"bad positions leave the last good one", forced + "position fen 8/8/8 w - - 0 1\nposition fen k7/8/8/8/8/8/8/8 w - - 0 1\n"
      "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\ngo depth 3\n",
@@ -191,6 +218,31 @@ TEST(UciProtocolTest, GoPerftCountsAsDivide) {
   EXPECT_EQ(position, suite.size());
   const std::string perft = run(uciInput).output;
   EXPECT_EQ(perft.substr(perft.find("uciok\n") + 6), expected);
+}
+
+// perft960.epd through `go perft` with UCI_Chess960 on, in Shredder-FEN and
+// in X-FEN: the reference program's counts, to depths of up to six million
+// leaves (depth 5 of the starts, 4 of the middlegames). The deep run takes
+// every depth.
+TEST(UciProtocolTest, Chess960GoPerftMatchesTheReference) {
+  std::string input = "uci\nsetoption name UCI_Chess960 value true\n";
+  std::vector<uint64_t> expected;
+  for (const SuiteLine& line : readSuite("perft960.epd")) {
+    unsigned depth = 1;
+    while (depth < line.counts.size() && line.counts[depth] <= 6'000'000) ++depth;
+    for (const std::string& fen : {line.fen, toXFen(line.fen)}) {
+      input += "position fen " + fen + "\ngo perft " + std::to_string(depth) + "\n";
+      expected.push_back(line.counts[depth - 1]);
+    }
+  }
+  ASSERT_EQ(expected.size(), 108u);
+  const std::string output = run(input).output;
+  std::vector<uint64_t> counted;
+  static const std::regex total("\nNodes searched: ([0-9]+)\n");
+  for (auto it = std::sregex_iterator(output.begin(), output.end(), total); it != std::sregex_iterator(); ++it)
+    counted.push_back(std::stoull((*it)[1]));
+  EXPECT_EQ(counted, expected);
+  EXPECT_EQ(output.find("info string"), std::string::npos) << output;
 }
 
 // A session that answers one go at a time: each search ends before the next
