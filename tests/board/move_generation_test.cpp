@@ -3,6 +3,7 @@
 // each other, attack queries against a brute-force scan, and the trials against
 // the legal list. Then the order of the list.
 #include <algorithm>
+#include <functional>
 #include <set>
 
 #include "board/fen_writer.h"
@@ -10,19 +11,12 @@
 
 namespace {
 
-// The moves of a list in its order, or those of the piece on `from`, or those `keep` keeps.
-template <typename Keep>
-std::string texts(const MoveList& list, Keep keep) {
+// The moves of a list in its order, or those that `keep` keeps.
+std::string texts(const MoveList& list, const std::function<bool(Move)>& keep = [](Move) { return true; }) {
   std::string out;
-  for (uint32_t i = 0; i < list.count; ++i) {
-    if (!keep(list.moves[i].move)) continue;
-    if (!out.empty()) out += ' ';
-    out += moveToString(list.moves[i].move);
-  }
+  for (uint32_t i = 0; i < list.count; ++i)
+    if (keep(list.moves[i].move)) out += (out.empty() ? "" : " ") + moveToString(list.moves[i].move);
   return out;
-}
-std::string texts(const MoveList& list, Square from = NoSquare) {
-  return texts(list, [&](Move m) { return from == NoSquare || moveFromSquare(m) == from; });
 }
 
 // Whether a piece of colour `a` attacks `target`, by walking every piece's moves.
@@ -237,7 +231,7 @@ TEST(MoveGeneration, OrderOfTheList) {
     MoveList list;
     bool check;
     generateLegalMoves(b, list, check);
-    std::string expected = c.moves, got = texts(list, *c.from ? sq(c.from) : NoSquare);
+    std::string expected = c.moves, got = texts(list, [&](Move m) { return !*c.from || moveFromSquare(m) == sq(c.from); });
     if (expected.ends_with(" ...")) expected.resize(expected.size() - 4), got.resize(std::min(got.size(), expected.size()));
     EXPECT_EQ(got, expected);
     EXPECT_EQ(disagreement(b), "");

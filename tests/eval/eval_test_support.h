@@ -4,13 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "board/fen.h"
+#include "board/board_test_support.h"
 #include "eval/eval_tables.h"
 #include "eval/evaluate.h"
 #include "eval/pawn_hash.h"
@@ -49,12 +48,7 @@ inline std::string mirrorFen(const std::string& fen) {
 // The FEN part of every line of the perft suite.
 inline std::vector<std::string> suiteFens() {
   std::vector<std::string> fens;
-  std::ifstream in(std::string(TOLVA_TEST_DATA_DIR) + "/perft-suite.epd");
-  for (std::string line; std::getline(in, line);) {
-    std::string fen = line.substr(0, line.find(';'));
-    while (!fen.empty() && fen.back() == ' ') fen.pop_back();
-    if (!fen.empty()) fens.push_back(fen);
-  }
+  for (const SuiteLine& line : readSuite()) fens.push_back(line.fen);
   return fens;
 }
 

@@ -95,27 +95,31 @@ void CommandGenerator::begin(FuzzSequence& sequence) {
 }
 
 std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
-  if (settings_.uci) return nextUci();
   std::vector<FuzzStep> steps;
   if (finished_) return steps;
+  const bool uci = settings_.uci;
+  if (uci) board = &uciBoard_;
   const int group = group_++;
   auto add = [&](FuzzStep::Kind kind, const std::string& text = "", int ms = 0, bool newline = true, bool glue = false) {
     FuzzStep step;
     step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.glue = glue, step.group = group;
     steps.push_back(step);
   };
-  const std::string bound = "sd " + std::to_string(random_.range(1, 4));
+  const std::string bound = uci ? "" : "sd " + std::to_string(random_.range(1, 4));
   if (sent_++ == 0) {
-    // Short searches from the first move on.
-    add(FuzzStep::Send, random_.chance(0.6) ? bound : expand("{level}", board), 0, true, true);
+    // UCI starts with its handshake; xboard with short searches from the first move on.
+    if (uci) setupFromFen(uciBoard_, startPositionFen), add(FuzzStep::Send, "uci");
+    else add(FuzzStep::Send, random_.chance(0.6) ? bound : expand("{level}", board), 0, true, true);
     return steps;
   }
   if (sent_ > length_) {
     // End of input, now and then in the middle of a line or right behind a search start.
     const uint32_t how = random_.below(10);
-    const std::string line = expand(random_.pick(Lines{"ping {num}", "usermove {move}", "setboard {fen}", "go"}), board);
+    const std::string line = expand(random_.pick(uci ? Lines{"isready", "position startpos{startmoves}", "go {limits}", "go"}
+                                                     : Lines{"ping {num}", "usermove {move}", "setboard {fen}", "go"}), board);
     if (how == 0) add(FuzzStep::Send, line.substr(0, random_.below(uint32_t(line.size()) + 1)), 0, false);
-    if (how == 1 || how == 2) add(FuzzStep::Send, how == 1 ? random_.pick(Lines{"go", "analyze"}) : "quit");
+    if (how == 1 || how == 2)
+      add(FuzzStep::Send, how == 2 ? "quit" : random_.pick(uci ? Lines{"go infinite", "go ponder", "go"} : Lines{"go", "analyze"}));
     add(FuzzStep::Close);
     finished_ = true;
     return steps;
@@ -128,17 +132,19 @@ std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
   if (ms) add(FuzzStep::Sleep, "", ms);
   std::string pattern;
   if (burst_ > 0 && burst_--) {
-    pattern = random_.pick(concurrent);
+    pattern = random_.pick(uci ? uciConcurrent : concurrent);
   } else {
-    int total = 0, roll = 0;
-    for (const auto& c : commands) total += c.first;
-    roll = random_.range(0, total - 1);
-    for (const auto& c : commands)
+    const auto& table = uci ? uciCommands : commands;
+    int total = 0;
+    for (const auto& c : table) total += c.first;
+    int roll = random_.range(0, total - 1);
+    for (const auto& c : table)
       if ((roll -= c.first) < 0 && pattern.empty()) pattern = c.second;
   }
   const bool unbounds = pattern[0] == '!';
   std::string line = expand(unbounds ? pattern.substr(1) : pattern, board);
-  if (!unbounds && random_.chance(0.06) && line.rfind("level", 0) != 0 && line.rfind("sd", 0) != 0) {
+  if (uci && random_.chance(0.05)) line += random_.pick(Lines{"\r", "\t", "  ", " extra"});
+  if (!uci && !unbounds && random_.chance(0.06) && line.rfind("level", 0) != 0 && line.rfind("sd", 0) != 0) {
     // The same command dressed up: it may count, or not.
     const uint32_t how = random_.below(6);
     if (how == 0) line += std::string(size_t(random_.range(1, 4)), ' ');
@@ -149,62 +155,11 @@ std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
   }
   add(FuzzStep::Send, line);
   if (unbounds) add(FuzzStep::Send, bound, 0, true, true);
-  for (const std::string& starter : starters)
-    if (line.rfind(starter, 0) == 0 && random_.chance(0.5)) burst_ = random_.range(2, 10);
+  for (const std::string& starter : uci ? uciStarters : starters)
+    if (line.rfind(starter, 0) == 0 && random_.chance(0.5)) burst_ = random_.range(2, uci ? 8 : 10);
   if (line == "quit" || line == "quit   ") {
     // Nothing reads after quit; a line more goes into a closed pipe.
-    if (random_.chance(0.5)) add(FuzzStep::Send, "ping 1");
-    add(FuzzStep::Close);
-    finished_ = true;
-  }
-  return steps;
-}
-
-std::vector<FuzzStep> CommandGenerator::nextUci() {
-  std::vector<FuzzStep> steps;
-  if (finished_) return steps;
-  const int group = group_++;
-  auto add = [&](FuzzStep::Kind kind, const std::string& text = "", int ms = 0, bool newline = true) {
-    FuzzStep step;
-    step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.group = group;
-    steps.push_back(step);
-  };
-  if (sent_++ == 0) {
-    setupFromFen(uciBoard_, startPositionFen);
-    add(FuzzStep::Send, "uci");
-    return steps;
-  }
-  if (sent_ > length_) {
-    // End of input, now and then in the middle of a line or right behind a search start.
-    const uint32_t how = random_.below(10);
-    const std::string line = expand(random_.pick(Lines{"isready", "position startpos{startmoves}", "go {limits}", "go"}), &uciBoard_);
-    if (how == 0) add(FuzzStep::Send, line.substr(0, random_.below(uint32_t(line.size()) + 1)), 0, false);
-    if (how == 1 || how == 2) add(FuzzStep::Send, how == 1 ? random_.pick(Lines{"go infinite", "go ponder", "go"}) : "quit");
-    add(FuzzStep::Close);
-    finished_ = true;
-    return steps;
-  }
-  const uint32_t pause = random_.below(100);
-  const int ms = pause < 35 ? 0 : pause < 65 ? random_.range(1, 5) : pause < 83 ? random_.range(6, 20)
-                                : pause < 93 ? random_.range(21, 50) : random_.range(51, 300);
-  if (ms) add(FuzzStep::Sleep, "", ms);
-  std::string pattern;
-  if (burst_ > 0 && burst_--) {
-    pattern = random_.pick(uciConcurrent);
-  } else {
-    int total = 0;
-    for (const auto& c : uciCommands) total += c.first;
-    int roll = random_.range(0, total - 1);
-    for (const auto& c : uciCommands)
-      if ((roll -= c.first) < 0 && pattern.empty()) pattern = c.second;
-  }
-  std::string line = expand(pattern, &uciBoard_);
-  if (random_.chance(0.05)) line += random_.pick(Lines{"\r", "\t", "  ", " extra"});
-  add(FuzzStep::Send, line);
-  for (const std::string& starter : uciStarters)
-    if (line.rfind(starter, 0) == 0 && random_.chance(0.5)) burst_ = random_.range(2, 8);
-  if (line == "quit" || line == "quit   ") {
-    if (random_.chance(0.5)) add(FuzzStep::Send, "isready");
+    if (random_.chance(0.5)) add(FuzzStep::Send, uci ? "isready" : "ping 1");
     add(FuzzStep::Close);
     finished_ = true;
   }

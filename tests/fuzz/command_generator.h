@@ -62,9 +62,7 @@ class CommandGenerator {
   std::string token(const std::string& name, const Board_0x88* board);
   std::string fen(const Board_0x88* board);
   std::string noise();
-  // The UCI counterpart of next(): the generator follows the position it
-  // sent itself, so that its moves are legal there.
-  std::vector<FuzzStep> nextUci();
+  // In UCI the generator follows the position it sent itself, so that its moves are legal there.
   std::string uciToken(const std::string& name);
 
   Board_0x88 uciBoard_;        // the position of the last position line sent

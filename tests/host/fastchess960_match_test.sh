@@ -11,21 +11,10 @@
 #              /usr/local/bin), TOLVA_HOST_KEEP=1 keeps the working directory.
 # Exit status: 0 pass, 1 fail, 77 skipped when fastchess is missing.
 set -u
-here=$(dirname "$(readlink -f "$0")")
-tolva=${1:-}
+# shellcheck source=match_common.sh
+. "$(dirname "$(readlink -f "$0")")/match_common.sh"
 games=${2:-4}
 tc=${3:-2+0.05}
-failed=0
-fail() {
-  echo "FAIL: $*"
-  failed=1
-}
-
-if [ -z "$tolva" ] || [ ! -x "$tolva" ]; then
-  echo "FAIL: no engine binary given or not executable: '$tolva'"
-  exit 1
-fi
-tolva=$(readlink -f "$tolva")
 fastchess=${FASTCHESS:-$(command -v fastchess || echo /usr/local/bin/fastchess)}
 if [ ! -x "$fastchess" ]; then
   echo "SKIP: needs fastchess (bash /work/shared/tools/build-fastchess.sh, or FASTCHESS=path)"
@@ -33,16 +22,8 @@ if [ ! -x "$fastchess" ]; then
 fi
 opponent=$(command -v stockfish || echo /usr/games/stockfish)
 opponent_name=stockfish
-if [ ! -x "$opponent" ]; then
-  opponent=$tolva
-  opponent_name=tolva-2
-fi
-
-work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-fastchess960.XXXXXX")
-cleanup() {
-  if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi
-}
-trap cleanup EXIT
+[ -x "$opponent" ] || opponent=$tolva opponent_name=tolva-2
+make_work fastchess960
 
 # The start positions of the suite, as plain EPD, alternating between the
 # two kinds: the same back rank for both sides, and a back rank each.
@@ -70,10 +51,4 @@ endings=$(grep -h -i -E 'illegal|disconnect|crash|stall|forfeit|timeout|on time|
 problems=$(grep -h -i -E 'info string .*(refused|illegal|ignored)' "$work/fastchess.log" | head -5)
 [ -n "$problems" ] && fail "Tolva refused what the host sent: $problems"
 echo "Castlings in the games (both engines): $(grep -o -E 'O-O(-O)?' "$work/games.pgn" | wc -l)"
-
-if [ "$failed" != 0 ]; then
-  echo "---- fastchess output ----"; tail -n 40 "$work/output.txt"
-  exit 1
-fi
-echo "PASS: $played Chess960 games finished, no illegal move, no fault, no loss on time"
-exit 0
+finish "$played Chess960 games finished, no illegal move, no fault, no loss on time" "$work/output.txt"

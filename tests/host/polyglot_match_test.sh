@@ -13,49 +13,26 @@
 # Exit status: 0 pass, 1 fail, 77 skipped when polyglot, xboard, xvfb-run,
 # xauth or fairymax is missing.
 set -u
-here=$(dirname "$(readlink -f "$0")")
-# shellcheck source=../../tools/xboard_headless.sh
-. "$here/../../tools/xboard_headless.sh"
-
-tolva=${1:-}
+# shellcheck source=match_common.sh
+. "$(dirname "$(readlink -f "$0")")/match_common.sh"
 games=${2:-2}
 shift 2 2>/dev/null
 # Ten seconds and a tenth of a second per move: the increment only counts
 # when UCI's milliseconds reach the engine.
 time_control=("$@")
 [ ${#time_control[@]} = 0 ] && time_control=(-tc 0:10 -inc 0.1)
-timeout_seconds=${TOLVA_HOST_TIMEOUT:-600}
 ponder=${TOLVA_HOST_PONDER:-0}
 ponder_flag=-xponder
 [ "$ponder" = 1 ] && ponder_flag=-ponder
-failed=0
-fail() {
-  echo "FAIL: $*"
-  failed=1
-}
-
-if [ -z "$tolva" ] || [ ! -x "$tolva" ]; then
-  echo "FAIL: no engine binary given or not executable: '$tolva'"
-  exit 1
-fi
-tolva=$(readlink -f "$tolva")
-
 xboard_require fairymax polyglot
 fairymax=$(find_program fairymax)
 polyglot=$(find_program polyglot)
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-polyglot.XXXXXX")
+make_work polyglot
 mkdir -p "$work/tolva" "$work/fairymax"
 pgn=$work/games.pgn
 log=$work/xboard-debug.log
 polyglot_log=$work/polyglot.log
-# shellcheck disable=SC2317  # called through the trap
-cleanup() {
-  xboard_stop
-  if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi
-}
-trap cleanup EXIT
-trap 'failed=1; exit 1' INT TERM
 
 echo "Match: $games games, Tolva (UCI through $polyglot) against fairymax, ${time_control[*]} $ponder_flag"
 # -fUCI makes xboard start Tolva through polyglot.
@@ -66,53 +43,23 @@ xboard_start "$work" -fcp "$tolva" -fd "$work/tolva" -fn Tolva -fUCI \
   -testClaims true -checkMates true -materialDraws true -repeatsToDraw 3 -ruleMoves 50 \
   -adjudicateDrawMoves 80 -matchPause 1000 \
   -sgf "$pgn" -debug -nameOfDebugFile "$log" -soundProgram true
-started=$SECONDS
-while kill -0 "$xboard_pid" 2>/dev/null; do
-  if ((SECONDS - started > timeout_seconds)); then
-    fail "xboard did not finish the match within $timeout_seconds s"
-    break
-  fi
-  sleep 1
-done
-xboard_stop
-
-# The saved games: each has a result, and none ended on an illegal move, a
-# dead engine or a flag (at this control neither engine should lose on time).
-played=$(grep -c '^\[Result "' "$pgn" 2>/dev/null)
-[ "$played" = "$games" ] || fail "${played:-0} of $games games were saved"
-grep -q '^\[Result "\*"\]' "$pgn" && fail "a game has no result"
-endings=$(grep -o -i -E '\{[^}]*(illegal|crash|exit|disconnect|killed|error|on time|forfeit)[^}]*\}' "$pgn")
-[ -n "$endings" ] && fail "games ended badly: $endings"
+wait_for_xboard "${TOLVA_HOST_TIMEOUT:-600}"
+check_games "$pgn" "$games"
 
 # xboard's log holds polyglot's side of the dialogue: moves, thinking lines
 # translated from Tolva's `info`, and any refusal.
-if [ -s "$log" ]; then
-  problems=$(grep -n -i -E 'illegal|<first : Error' "$log" | head -20)
-  [ -n "$problems" ] && fail "the debug log shows refused or illegal moves:
-$problems"
-  [ "$(grep -c -E '^[0-9]+ <first : move ' "$log")" -ge 1 ] || fail "Tolva sent no move through polyglot"
+if check_log "$log"; then
   grep -q -E '^[0-9]+ <first : [0-9]+ [-+]?[0-9]+ [0-9]+ [0-9]+ ' "$log" || fail "no thinking lines came through polyglot"
   grep -q -E '^[0-9]+ >first : option PawnHash=4$' "$log" || fail "the option PawnHash never went out to polyglot"
-else
-  fail "xboard wrote no debug log"
 fi
 
 # Pondering: Tolva offers it, polyglot asks for it, and the predicted moves
 # both hit and miss over a few games.
-if [ "$ponder" = 1 ]; then
-  if [ -s "$polyglot_log" ]; then
-    grep -q 'option name Ponder type check' "$polyglot_log" || fail "Tolva did not list the Ponder option"
-    grep -q -E 'Adapter->Engine: go .*ponder' "$polyglot_log" || fail "polyglot never sent go ponder"
-    grep -q -E 'Adapter->Engine: (ponderhit|stop)$' "$polyglot_log" || fail "no ponder search was ended by ponderhit or stop"
-  else
-    fail "polyglot wrote no log"
-  fi
+if [ "$ponder" = 1 ] && [ ! -s "$polyglot_log" ]; then
+  fail "polyglot wrote no log"
+elif [ "$ponder" = 1 ]; then
+  grep -q 'option name Ponder type check' "$polyglot_log" || fail "Tolva did not list the Ponder option"
+  grep -q -E 'Adapter->Engine: go .*ponder' "$polyglot_log" || fail "polyglot never sent go ponder"
+  grep -q -E 'Adapter->Engine: (ponderhit|stop)$' "$polyglot_log" || fail "no ponder search was ended by ponderhit or stop"
 fi
-
-if [ "$failed" != 0 ]; then
-  echo "---- saved games ----"; cat "$pgn" 2>/dev/null
-  echo "---- debug log (last lines) ----"; tail -n 40 "$log" 2>/dev/null
-  exit 1
-fi
-echo "PASS: $played games finished through polyglot, no illegal move, no crash, no loss on time"
-exit 0
+finish "$games games finished through polyglot, no illegal move, no crash, no loss on time" "$pgn" "$log"

@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "board/board_test_support.h"
 #include "protocol/engine_process.h"
 
 struct SuiteDepth { unsigned depth; uint64_t leaves; };
@@ -23,19 +22,12 @@ struct SuitePosition {
 // Shown by GoogleTest for a failing position.
 inline void PrintTo(const SuitePosition& p, std::ostream* os) { *os << p.fen; }
 
-// Lines "FEN ;D1 n ;D2 n ...". An unreadable file gives no positions, which the tests report.
+// The lines of the file in order, depth d at depths[d - 1].
 inline std::vector<SuitePosition> loadPerftSuite() {
   std::vector<SuitePosition> positions;
-  std::ifstream in(std::string(TOLVA_TEST_DATA_DIR) + "/perft-suite.epd");
-  std::string text, name;
-  for (unsigned line = 1; std::getline(in, text); ++line) {
-    const size_t semicolon = text.find(';');
-    if (semicolon == std::string::npos) continue;
-    positions.push_back({line, text.substr(0, text.find_last_not_of(' ', semicolon - 1) + 1), {}});
-    std::istringstream fields(text.substr(semicolon));
-    for (uint64_t leaves; std::getline(fields, text, ';');)
-      if (std::istringstream(text) >> name >> leaves && name.size() > 1 && name[0] == 'D')
-        positions.back().depths.push_back({unsigned(std::stoul(name.substr(1))), leaves});
+  for (const SuiteLine& line : readSuite()) {
+    positions.push_back({unsigned(positions.size() + 1), line.fen, {}});
+    for (unsigned d = 1; d <= line.counts.size(); ++d) positions.back().depths.push_back({d, line.counts[d - 1]});
   }
   return positions;
 }

@@ -40,9 +40,7 @@ class IndexChecker {
   static uint32_t square(const Placement& p, int man) { return man < 4 ? p.w[man] : p.b[man - 4]; }
 
   Placement placement(const uint32_t* sq) const {
-    Placement p;
-    std::fill(std::begin(p.w), std::end(p.w), 64u);
-    std::fill(std::begin(p.b), std::end(p.b), 64u);
+    Placement p{{64, 64, 64, 64, 64}, {64, 64, 64}};
     for (int i = 0; i < manCount; ++i) *squares(p, men[i]) = sq[i];
     return p;
   }

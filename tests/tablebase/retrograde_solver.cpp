@@ -18,12 +18,23 @@ struct Successor {
 
 Square sq88(uint32_t s) { return toSquare88(Square64(s)); }
 
-bool placeable(PieceType piece, uint32_t wk, uint32_t bk, uint32_t p) {
-  if (wk == bk || wk == p || bk == p) return false;
-  return piece != Pawn || (p >= 8 && p < 56);
+}  // namespace
+
+bool placeable(PieceType piece, uint32_t state) {
+  const uint32_t wk = state / 4096 % 64, bk = state / 64 % 64, p = state % 64;
+  return wk != bk && wk != p && bk != p && (piece != Pawn || (p >= 8 && p < 56));
 }
 
-}  // namespace
+void setUp(Board_0x88& b, PieceType piece, uint32_t state, bool mirrored) {
+  const uint32_t flip = mirrored ? 56 : 0;
+  const Color strong = mirrored ? Black : White;
+  b.clear();
+  b.placePiece(sq88(state / 4096 % 64 ^ flip), strong, King);
+  b.placePiece(sq88(state % 64 ^ flip), strong, piece);
+  b.placePiece(sq88(state / 64 % 64 ^ flip), opponent(strong), King);
+  b.sideToMove = uint8_t(state / (64 * 64 * 64) ^ (mirrored ? 1 : 0));
+  b.currentRecord().hashKey = b.computeFullHash();
+}
 
 Table solve(PieceType piece, const Table* const* solved) {
   Table table{piece, std::vector<int32_t>(StateCount, Unknown), std::vector<uint8_t>(StateCount, 0)};
@@ -34,15 +45,10 @@ Table solve(PieceType piece, const Table* const* solved) {
 
   for (uint32_t state = 0; state < StateCount; ++state) {
     firstSuccessor[state] = uint32_t(successors.size());
-    const uint32_t side = state / (64 * 64 * 64), wk = state / 4096 % 64, bk = state / 64 % 64, p = state % 64;
-    if (!placeable(piece, wk, bk, p)) continue;
+    if (!placeable(piece, state)) continue;
+    const uint32_t side = state / (64 * 64 * 64);
     Board_0x88& b = *board;
-    b.clear();
-    b.placePiece(sq88(wk), White, King);
-    b.placePiece(sq88(p), White, piece);
-    b.placePiece(sq88(bk), Black, King);
-    b.sideToMove = uint8_t(side);
-    b.currentRecord().hashKey = b.computeFullHash();
+    setUp(b, piece, state);
     // The side that has just moved may not stand in check.
     const Color mover = Color(side), waiting = opponent(mover);
     CheckInfo info;

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "board/types.h"
+#include "board/board.h"
 
 namespace retro {
 
@@ -29,6 +29,11 @@ struct Table {
   std::vector<int32_t> value;    // by stateIndex; Unknown where the placement can't stand
   std::vector<uint8_t> legal;    // squares distinct, pawn placeable, side not to move not in check
 };
+
+// Squares distinct, a pawn on ranks 2 to 7.
+bool placeable(PieceType piece, uint32_t state);
+// The board of a state; mirrored: colours exchanged, the board turned rank for rank.
+void setUp(Board_0x88& b, PieceType piece, uint32_t state, bool mirrored = false);
 
 // Solves the table of `piece`; a pawn's promotions are looked up in `solved`
 // (indexed by the new piece type), which must hold queen and rook.

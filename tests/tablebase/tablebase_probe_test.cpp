@@ -23,18 +23,6 @@ namespace {
 
 const std::string gtb4 = std::string(TOLVA_GAVIOTA_DIR) + "/gtb4";
 
-// The board of a solver state; mirrored: colours exchanged, the board turned rank for rank.
-void setUp(Board_0x88& b, PieceType piece, uint32_t state, bool mirrored) {
-  const uint32_t side = state / (64 * 64 * 64), wk = state / 4096 % 64, bk = state / 64 % 64, p = state % 64;
-  const uint32_t flip = mirrored ? 56 : 0;
-  const Color strong = mirrored ? Black : White;
-  b.clear();
-  b.placePiece(toSquare88(Square64(wk ^ flip)), strong, King);
-  b.placePiece(toSquare88(Square64(p ^ flip)), strong, piece);
-  b.placePiece(toSquare88(Square64(bk ^ flip)), opponent(strong), King);
-  b.sideToMove = uint8_t(side ^ (mirrored ? 1 : 0));
-}
-
 // Answered or not, and the score: a hard probe, or a soft one that only reads the cache.
 std::pair<bool, int32_t> probe(const TablebaseState& state, const Board_0x88& b, bool hard = true) {
   int32_t score = 0;
@@ -71,7 +59,7 @@ TEST(TablebaseProbeTest, EveryLegalPositionMatchesTheRetrogradeSolution) {
                                : retro::isLoss(v) ? retro::pliesOf(v) - 32000
                                                   : 0;
       for (bool mirrored : {false, true}) {
-        setUp(*board, piece, s, mirrored);
+        retro::setUp(*board, piece, s, mirrored);
         const auto [answered, score] = probe(state, *board);
         ASSERT_EQ(answered, !touching) << pieceLetters[piece] << " state " << s;
         if (touching) continue;
@@ -149,11 +137,11 @@ TEST(TablebaseThreadTest, FourThreadsProbeASmallCacheWhileTheTablesAreReplaced) 
   std::mt19937 random(5);
   std::vector<std::unique_ptr<Board_0x88>> boards;
   while (boards.size() < 240) {
-    const uint32_t state = random() % retro::StateCount, wk = state / 4096 % 64, bk = state / 64 % 64, p = state % 64;
+    const uint32_t state = random() % retro::StateCount;
     const PieceType piece = pieces[random() % 5];
-    if (wk == bk || wk == p || bk == p || (piece == Pawn && (p < 8 || p > 55))) continue;
+    if (!retro::placeable(piece, state)) continue;
     boards.push_back(std::make_unique<Board_0x88>());
-    setUp(*boards.back(), piece, state, random() % 2);
+    retro::setUp(*boards.back(), piece, state, random() % 2);
   }
   TablebaseState state;
   initTablebases(state, "gaviota", gtb4.c_str(), 16);
