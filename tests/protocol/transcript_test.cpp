@@ -119,6 +119,9 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 1", kr},
       {"setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0", commandError("setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0") + cleared},
       {"setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1", commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + cleared},
+      // A 17th man of one side has no list slot to come back to after a capture.
+      {"setboard QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1",
+       commandError("setboard QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1") + cleared},
       {"setboard 8/8/8/8/8/8/8/K1k5 b - - 17 40", "1/2-1/2 {Draw by insufficient material}\n" + kings},
       // Positions without kings are judged but not played.
       {"setboard 8/8/8/8/8/8/8/8 w - - 0 1", unplayable + "1/2-1/2 {Stalemate}\n" + cleared}, fails("go", gameOver),

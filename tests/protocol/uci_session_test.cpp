@@ -82,12 +82,14 @@ const UciRow rows[] = {
          info("warning: castling rights without their king or rook at home dropped: KQ"),
      false},
     {"bad positions leave the last good one", forced + "position fen 8/8/8 w - - 0 1\nposition fen k7/8/8/8/8/8/8/8 w - - 0 1\n"
-     "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\ngo depth 3\n",
+     "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\n"
+     "position fen QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1\ngo depth 3\n",
      quoted(info(refused + "the board refuses the FEN '8/8/8 w - - 0 1'") + info(refused +
          "the position can't be played: a side lacks its king or has too many pieces, a pawn stands on its first or "
          "last rank, or the side not to move is in check") + info(refused + "illegal move 'e2e5' (move 1 of the list)") +
          info(refused + "expected moves, found 'e2e4'") + info(refused + "expected startpos or fen") +
-         info(refused + "the board refuses the FEN ''")) + search("a1b2"),
+         info(refused + "the board refuses the FEN ''") +
+         info(refused + "the board refuses the FEN 'QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1'")) + search("a1b2"),
      true},
     {"broken go numbers", "go wtime abc\ngo depth\ngo depth 0\ngo nodes -5\ngo movetime 99999999999999999999\nisready\n",
      info("go refused: bad number for wtime: abc") + info("go refused: missing number after depth") +
