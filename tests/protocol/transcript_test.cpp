@@ -133,7 +133,7 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"level 99999999999 99999999999:99999999999 99999999999", ""}, {"time 99999999999999999999", ""},
       // Diagnostics that refuse their arguments leave the engine working.
       fails("randgames 0"), fails("randgames -5"), fails("randgames x"), fails("randpos 0"),
-      fails("randpos 3 /no/file", "# ERROR: failed to open file \"/no/file\" for writing"),
+      fails("randpos 3 /no/file", "# ERROR: failed to open file \"/no/file\" for writing\n"),
       fails("test /etc", "# ERROR: failed to open file \"/etc\" for reading\n"), fails("perft x"), fails("divide 0"),
       {"egtpath syzygy /tb", "# invalid TB type: syzygy\n" + commandError("egtpath syzygy /tb")},
       missing(2, "egtpath gaviota"), {"egtpath gaviota " + gtb4, "# initializing TB: type=gaviota path=" + gtb4 + "\n"},
@@ -202,7 +202,7 @@ TEST(ProtocolCommandsTest, XboardTranscript) {
       {"usermove d8h4", "# making user move: d8h4\n" +
                             board({"rnb.kbnr", "pppp.ppp", "........", "....p...", "......Pq", ".....P..", "PPPPP..P", "RNBQKBNR"}) +
                             "0-1 {Black wins by checkmate}\n"},
-      fails("usermove a2a3", gameOver), fails("go", gameOver),
+      fails("usermove a2a3", gameOver), fails("go", gameOver), fails("randpos 0"),
       // A refused position is never played on.
       {"setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1",
        commandError("setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1") + cleared},
