@@ -1,5 +1,6 @@
 // The block decoders on every block of the real tables in all four schemes,
-// the store's pool of open files, and the real kqk file damaged one way at a time.
+// the store's pool of open files and cache of blocks, and the real kqk file
+// damaged one way at a time.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -10,6 +11,7 @@
 #include <memory>
 
 #include "gaviota_files.h"
+#include "tablebase/block_cache.h"
 #include "tablebase/block_decompression.h"
 #include "tablebase/block_offsets.h"
 #include "tablebase/search_probe.h"
@@ -91,6 +93,21 @@ TEST(TablebaseFilesTest, PoolOfOpenFiles) {
   EXPECT_EQ(openEndgames(), (std::vector<int32_t>{2, 3, 4, 0}));
   EXPECT_EQ(endgameCatalogue[1].file, nullptr);
   closeStore();
+}
+
+// Eight blocks in a megabyte; a full cache gives up the block used least recently.
+TEST(TablebaseFilesTest, CacheEvictsTheLeastRecentlyUsedBlock) {
+  setupCache(1);
+  auto load = [](int32_t endgame) {
+    CacheEntry* e = takeCacheEntry();
+    e->endgame = endgame, e->side = 0, e->firstIndex = 0;
+  };
+  for (int32_t e = 0; e < 8; ++e) load(e);
+  TbValue value;
+  EXPECT_TRUE(findCachedValue(0, 0, 5, value));  // the first loaded is the last used now
+  load(8);
+  for (int32_t e = 0; e <= 8; ++e) EXPECT_EQ(findCachedValue(e, 0, 5, value), e != 1) << e;
+  freeCache();
 }
 
 // kqk has two blocks a side; block b holds side b / 2 and indices from
