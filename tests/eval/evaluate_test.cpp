@@ -206,6 +206,8 @@ TEST(EvalTermsTest, TermsOfHandComputedPositions) {
       {"3k4/pppppppp/8/8/8/8/PPPP1PPP/4RK2 w - - 0 1", "f100 p2 w+ M376,376/0,0 B50,70/0,0 R12,-14/0,0 K-10,0/0,0"},
       // rook on the only open file beside the king's
       {"3k4/pppp1ppp/8/8/8/8/PPPP1PPP/4RK2 w - - 0 1", "f100 p2 w+ M476,476/0,0 B55,77/0,0 R62,37/0,0 K-10,0/-14,-14"},
+      // a knight each: neither can win, the score is scaled to nothing
+      {"4k3/8/8/8/8/8/8/1n2K1N1 w - - 0 1", "f0 p2 w-"},
       // a minor each and a pawn: only Black can win
       {"2b1k3/7p/8/8/8/8/8/1N2K3 w - - 0 1", "f100 p2 wB M-130,-130/0,0 P0,0/4,28 W0,0/-27,-9 B9,12/42,28 K-20,0/-20,0"},
       // the fifty-move taper

@@ -60,12 +60,13 @@ const UciRow rows[] = {
      "setoption name Hash value 16\nsetoption name PAWNHASH value 8\nsetoption name OwnBook value false\n"
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
      "setoption name OwnBook value maybe\nsetoption name Ponder value true\nsetoption name GaviotaTbCache value -1\n"
-     "setoption\nuci\n",
+     "setoption name GaviotaTbPath value " + std::string(256, 'x') + "\nsetoption\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
          info("option Threads not changed: value 'x' is not a number from 1 to " +
               std::to_string(std::thread::hardware_concurrency())) +
          info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Ponder") +
          info("option GaviotaTbCache not changed: value '-1' is not a number from 0 to 1048576") +
+         info("option GaviotaTbPath not changed: the path is longer than 255 characters") +
          info("setoption ignored: no option name") + handshake("16", "8", "false", "my book.bin"),
      false},
     {"moves: castling, en passant, promotion",
