@@ -40,6 +40,8 @@ bool readPlacement(Board_0x88& board, const char*& p) {
       // A ninth square on a rank is refused before it is placed off the board.
       if (type == NoPiece || file >= 8) return false;
       board.placePiece(makeSquare(file, rank), c, type);
+      // A side's list has 16 slots: a 17th man could be captured but never put back.
+      if (board.side[c].total > 16) return false;
       ++file;
     }
   }

@@ -169,19 +169,10 @@ void UciEngine::cmdPosition(const std::vector<std::string>& words) {
 int64_t UciEngine::deadlineFor(const UciGoLimits& limits, int64_t startMs) const {
   const bool white = player_.board->sideToMove == White;
   const int64_t time = white ? limits.whiteTime : limits.blackTime;
-  int64_t budget = -1;
-  if (time >= 0) {
-    UciClock clock;
-    clock.timeLeft = time;
-    clock.increment = white ? limits.whiteIncrement : limits.blackIncrement;
-    clock.movesToGo = limits.movesToGo;
-    clock.overhead = settings_.moveOverheadMs;
-    budget = allocateMoveTime(clock);
-  }
-  if (limits.moveTime >= 0) {
-    const int64_t fixed = fixedMoveTime(limits.moveTime);
-    budget = budget < 0 ? fixed : std::min(budget, fixed);
-  }
+  std::optional<UciClock> clock;
+  if (time >= 0) clock = UciClock{time, white ? limits.whiteIncrement : limits.blackIncrement, limits.movesToGo,
+                                       settings_.moveOverheadMs};
+  const int64_t budget = goBudget(clock, limits.moveTime);
   return budget < 0 ? 0 : startMs + budget;
 }
 

@@ -23,4 +23,9 @@ int64_t allocateMoveTime(const UciClock& clock) {
   return std::max<int64_t>(budget, 1);
 }
 
-int64_t fixedMoveTime(int64_t moveTimeMs) { return std::max<int64_t>(moveTimeMs - 1, 1); }
+int64_t goBudget(const std::optional<UciClock>& clock, int64_t moveTimeMs) {
+  const int64_t shared = clock ? allocateMoveTime(*clock) : -1;
+  if (moveTimeMs < 0) return shared;
+  const int64_t fixed = std::max<int64_t>(moveTimeMs - 1, 1);
+  return shared < 0 ? fixed : std::min(shared, fixed);
+}

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 
 // The millisecond clock of a UCI session: a monotonic reading, good only for
 // differences (UCI hosts count in milliseconds, finer than the game clock).
@@ -24,6 +25,7 @@ constexpr int64_t EstimatedMovesToGo = 30;
 // lose the game. Never below 1.
 int64_t allocateMoveTime(const UciClock& clock);
 
-// `go movetime M`: the budget that ends the search on time, a little inside M
-// for the answer to reach the host.
-int64_t fixedMoveTime(int64_t moveTimeMs);
+// The budget of one `go`: the clock's share, the move time M of `movetime`
+// (below 0 when not given) a little inside M for the answer to reach the
+// host, or the smaller of the two when both come; -1 when neither does.
+int64_t goBudget(const std::optional<UciClock>& clock, int64_t moveTimeMs);

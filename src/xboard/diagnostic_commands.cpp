@@ -28,8 +28,9 @@ bool WBEngine::cmdRandpos(const Arguments& args) {
   engineColor = 2;
   forceMode = true;
   analyzeMode = false;
-  gameOver = false;
+  // A refused count or file leaves an ended game ended: no second result line.
   if (args.empty()) {
+    gameOver = false;
     boardChanged = true;
     printBoard();
     std::printf("\n");
@@ -42,7 +43,7 @@ bool WBEngine::cmdRandpos(const Arguments& args) {
   if (args.size() > 1) {
     out = std::fopen(args[1].c_str(), "w");
     if (!out) {
-      std::printf("# ERROR: failed to open file \"%s\" for writing", args[1].c_str());
+      std::printf("# ERROR: failed to open file \"%s\" for writing\n", args[1].c_str());
       std::fflush(stdout);
       return false;
     }

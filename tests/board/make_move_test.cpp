@@ -141,12 +141,13 @@ TEST(MakeMove, RandomWalksFromEverySuitePositionRestoreEverything) {
   for (const SuiteLine& line : readSuite()) starts.push_back({line.fen, 40});
   ASSERT_GT(starts.size(), 100u);
   for (const SuiteLine& line : readSuite("perft960.epd")) starts.push_back({line.fen, 40, true});
-  // An officer in a pawn slot, rights and en passant at the edges, a clock
-  // near its wrap; and pieces beyond the sixteen slots, which move but are
-  // not taken (a taken one would come back into slot 0).
+  // An officer in a pawn slot, rights and en passant at the edges, castling
+  // beside an en-passant square, a clock near its wrap; and pieces beyond
+  // their class's slots, which move but are not taken (a taken one would come
+  // back into slot 0).
   for (const char* fen : {"4k3/8/8/3n4/8/2n1n3/8/4K2R b K - 0 1", "1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1",
                           "4k3/6p1/8/7P/8/8/8/4K3 b - - 253 1", "rn2k2r/1P6/8/8/8/8/1p6/RN2K2R w KQkq - 0 1",
-                          "4k3/8/8/pppPp3/8/8/8/4K3 w - e6 0 1"})
+                          "4k3/8/8/pppPp3/8/8/8/4K3 w - e6 0 1", "4k3/8/8/3pP3/8/8/8/4K2R w K d6 0 1"})
     starts.push_back({fen, 40});
   for (const char* fen : {"r3k2r/8/8/8/8/P7/PPPPPPPP/RRR1K2R w KQkq - 0 1", "4k3/8/8/8/8/8/NNNNNNNN/NNN1K3 w - - 0 1"})
     starts.push_back({fen, 1});

@@ -1,6 +1,7 @@
-// Random games: the statistics against a recount of the same games made here
-// from the board alone.
+// Random games: what the report shows a user holds together, and a game
+// stops before the end of the move record.
 #include <memory>
+#include <numeric>
 
 #include "../board/board_test_support.h"
 #include "board/draw_rules.h"
@@ -14,67 +15,63 @@ struct NoEngine : EngineInterface {
   void makeEngineMove(Move&) override {}
 };
 
-// The same games, chosen by the same rand() calls, classified by what changed on the board.
-std::unique_ptr<RandomGameStats> recount(uint64_t games) {
-  auto s = std::make_unique<RandomGameStats>();
-  auto b = std::make_unique<Board_0x88>();
-  for (uint64_t g = 0; g < games; ++g) {
-    setupFromFen(*b, startPositionFen);
-    GameEndReason reason;
-    do {
-      MoveList list;
-      bool inCheck;
-      generateLegalMoves(*b, list, inCheck);
-      if (list.count == 0 || b->ply >= MaxBoardGamePly) break;
-      const Move m = list.moves[uint32_t(std::rand() & 0x7fffffff) % list.count].move;
-      const int from = moveFromSquare(m), to = moveToSquare(m), mover = b->piece[from], taken = b->piece[to];
-      b->history[b->ply].movePlayed = m;
-      UndoRecord undo;
-      makeMoveForSide(*b, m, undo);
-      ++s->positions;
-      ++s->movesOfPiece[mover];
-      if (mover == Pawn && b->piece[to] != Pawn) {
-        ++s->promotions, ++s->promotionsInto[b->piece[to]];
-      } else if (mover == King && std::abs(from - to) == 2) {
-        ++s->castlings;
-      } else if (mover == Pawn && fileOf(Square(from)) != fileOf(Square(to)) && taken == NoPiece) {
-        ++s->epCaptures, ++s->capturesOfPiece[Pawn];
-      } else if (taken != NoPiece) {
-        ++s->captures, ++s->capturesOfPiece[taken];
-      } else if (mover == Pawn && std::abs(from - to) == 32) {
-        ++s->doubleSteps;
-      }
-      int total[2] = {};
-      for (int sq = 0; sq < 128; ++sq)
-        if (onBoard(sq) && b->piece[sq] != NoPiece) {
-          ++total[b->color[sq]];
-          ++s->presence[b->color[sq]][b->piece[sq]][toSquare64(Square(sq))];
-        }
-      ++s->pieceCountFrequency[White][total[White]], ++s->pieceCountFrequency[Black][total[Black]];
-    } while (!isDrawByRule(*b, reason));
-    ++s->gameLength[b->ply];
+// The numbers on the line of `label` and on the `more` lines behind it; on a
+// line with a colon only those behind the last colon.
+std::vector<double> numbersAt(const std::string& report, const std::string& label, int more = 0) {
+  const size_t at = report.find(label);
+  EXPECT_NE(at, std::string::npos) << label;
+  std::istringstream lines(at == std::string::npos ? "" : report.substr(at + label.size()));
+  std::vector<double> numbers;
+  std::string line;
+  for (int i = 0; i <= more && std::getline(lines, line); ++i) {
+    if (line.find(':') != std::string::npos) line.erase(0, line.rfind(':') + 1);
+    for (char& ch : line) ch = ch == '[' || ch == ']' ? ' ' : ch;
+    std::istringstream words(line);
+    for (double x; words >> x;) numbers.push_back(x);
   }
-  return s;
+  return numbers;
 }
 
-TEST(RandomGames, StatisticsMatchARecountOfTheSameGames) {
+double sum(const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0); }
+
+TEST(RandomGames, TheReportHoldsTogether) {
   TimeControl clock;
   NoEngine engine;
   ChessPlayer player{&clock, &engine};
-  player.randomGame = true;
-  auto stats = std::make_unique<RandomGameStats>();
   std::srand(20261124);
-  playRandomGames(player, player.randomGame, 40, *stats);
-  std::srand(20261124);
-  auto expected = recount(40);
-  EXPECT_GT(stats->positions, 1000u);
-  EXPECT_EQ(std::memcmp(stats.get(), expected.get(), sizeof *stats), 0);
+  testing::internal::CaptureStdout();
+  runRandomGames(player, player.randomGame, 200);
+  const std::string report = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(report.find("# Playing 200 random games ...\n" + std::string(50, '#') + "\ncalculate average values ...\n"), 0u);
+  EXPECT_EQ(numbersAt(report, "Total games:"), std::vector<double>{200});
+  const double positions = numbersAt(report, "Total positions:").at(0), moves = numbersAt(report, "Avg. moves/game:").at(0);
+  EXPECT_GT(positions, 1000);
+  EXPECT_NEAR(moves, positions / 200, 0.005);
+  // Each average is rounded to two places: six of them add up within 0.03.
+  EXPECT_NEAR(sum(numbersAt(report, "Avg. moves of piece/game:")), moves, 0.03);
+  const std::vector<double> captured = numbersAt(report, "Avg. captures of piece/game:"),
+                            promoted = numbersAt(report, "Avg. promotions into piece/game:");
+  EXPECT_NEAR(sum(captured), numbersAt(report, "Avg. captures/game:")[0] + numbersAt(report, "Avg. ep captures/game:")[0], 0.03);
+  EXPECT_NEAR(sum(promoted), numbersAt(report, "Avg. promotions/game:")[0], 0.03);
+  EXPECT_TRUE(captured.at(5) == 0 && promoted.at(0) == 0 && promoted.at(5) == 0);  // no king taken, no pawn or king made
+  EXPECT_GT(numbersAt(report, "Avg. castlings/game:")[0] * numbersAt(report, "Avg. ep captures/game:")[0], 0);
+  for (const char* colour : {"0", "1"}) {
+    // A king in every position; no pawn on the first or last rank.
+    EXPECT_EQ(numbersAt(report, "Avg. presence of " + std::string(colour) + " 6:", 9).back(), 100.0);
+    const std::vector<double> pawns = numbersAt(report, "Avg. presence of " + std::string(colour) + " 1:", 9);
+    EXPECT_EQ(sum({pawns.begin(), pawns.begin() + 8}) + sum({pawns.begin() + 56, pawns.begin() + 64}), 0.0);
+  }
+  for (const char* colour : {"white", "black"})
+    EXPECT_NEAR(sum(numbersAt(report, "given number of " + std::string(colour) + " pieces:", 2)), 100, 0.8);
+  EXPECT_NEAR(sum(numbersAt(report, "Game length:", 40)), 100, 0.2);
+  EXPECT_TRUE(player.ply == 0 && !player.randomGame);
 
   // A game that would run past the end of the move record stops just before it.
   for (uint32_t left : {3u, 1u, 0u}) {
-    stats = std::make_unique<RandomGameStats>();
+    auto stats = std::make_unique<RandomGameStats>();
     setupFromFen(*player.board, startPositionFen);
     player.ply = MaxGamePly - left;
+    player.randomGame = true;
     playRandomGame(player, player.randomGame, *stats);
     EXPECT_TRUE(stats->positions == left && player.ply == MaxGamePly && stats->gameLength[MaxGamePly] == 1u) << left;
   }

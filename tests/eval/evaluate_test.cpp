@@ -15,8 +15,6 @@
 #include "eval/scale_factor.h"
 #include "eval_test_support.h"
 
-extern uint32_t kingTropismTable[6][128];
-
 namespace {
 
 using evaltest::evaluateFen;
@@ -208,6 +206,8 @@ TEST(EvalTermsTest, TermsOfHandComputedPositions) {
       {"3k4/pppppppp/8/8/8/8/PPPP1PPP/4RK2 w - - 0 1", "f100 p2 w+ M376,376/0,0 B50,70/0,0 R12,-14/0,0 K-10,0/0,0"},
       // rook on the only open file beside the king's
       {"3k4/pppp1ppp/8/8/8/8/PPPP1PPP/4RK2 w - - 0 1", "f100 p2 w+ M476,476/0,0 B55,77/0,0 R62,37/0,0 K-10,0/-14,-14"},
+      // a knight each: neither can win, the score is scaled to nothing
+      {"4k3/8/8/8/8/8/8/1n2K1N1 w - - 0 1", "f0 p2 w-"},
       // a minor each and a pawn: only Black can win
       {"2b1k3/7p/8/8/8/8/8/1N2K3 w - - 0 1", "f100 p2 wB M-130,-130/0,0 P0,0/4,28 W0,0/-27,-9 B9,12/42,28 K-20,0/-20,0"},
       // the fifty-move taper
@@ -220,15 +220,6 @@ TEST(EvalTermsTest, TermsOfHandComputedPositions) {
       {"8/8/8/8/8/8/2p5/3k2QK w - - 0 1", "f25 p4 w+ M1004,1001/0,0 P0,0/69,173 W0,0/-27,-9 B68,102/0,0 K-10,0/-35,-26"},
   };
   for (const auto& c : cases) EXPECT_EQ(termsOf(c.fen), c.terms) << c.fen;
-}
-
-// The tropism counts weigh nothing yet; the table is the part that exists.
-// Against a king on g7: from e5 (difference 34) and from g4 (difference 48), by piece.
-TEST(EvalTermsTest, KingTropismCounts) {
-  initEvalTables();
-  const uint32_t fromE5[6] = {1, 2, 2, 0, 2, 1}, fromG4[6] = {0, 2, 0, 1, 1, 0};
-  for (int piece = 0; piece < 6; ++piece)
-    EXPECT_TRUE(kingTropismTable[piece][34] == fromE5[piece] && kingTropismTable[piece][48] == fromG4[piece]) << piece;
 }
 
 // Threads share a pawn hash of one slot, so every probe meets another

@@ -1,5 +1,5 @@
 // Reading the host's move text, the draw offer and the game-end report, on a
-// player without threads.
+// player without threads; and the threads that `cores` asks for.
 #include "../board/board_test_support.h"
 #include "player/chess_player.h"
 #include "search/time_control.h"
@@ -116,6 +116,19 @@ TEST_F(UserMove, GameEndTexts) {
     EXPECT_EQ(gameEnd(over), c.text) << c.fen;
     EXPECT_EQ(over, *c.text != 0) << c.fen;
   }
+}
+
+// The next set-up of a search makes as many threads as `cores` asked for, fewer again too.
+TEST_F(UserMove, CoresSetTheThreadsOfTheNextSearch) {
+  player.maxCores = 2;
+  player.ttHashSizeMB = player.pawnHashSizeMB = 1;
+  ::testing::internal::CaptureStdout();
+  for (uint32_t cores : {1u, 2u, 1u}) {
+    player.setCores(cores);
+    player.setupSearch(false);
+    EXPECT_EQ(player.threads.size(), cores);
+  }
+  ::testing::internal::GetCapturedStdout();
 }
 
 }  // namespace

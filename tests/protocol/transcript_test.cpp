@@ -105,7 +105,7 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       missing(4, "setboard 8/8/8/8/8/8/8/K1k5 w"),
       missing(1, "tune"), {"tune x", ""}, {"tune x y", ""}, tooMany(2, "tune x y z"),
       // Two blanks make an empty argument.
-      tooMany(1, "usermove  e2e4"), missing(1, "ping"), tooMany(0, "quit 1"), fails("auto 1"),
+      tooMany(1, "usermove  e2e4"), missing(1, "ping"), tooMany(0, "quit 1"), tooMany(0, "exit 1"), fails("auto 1"),
       // Unknown words and empty lines are dropped without a word.
       {"QUIT", ""}, {"e2e4", ""}, {"usermove\t e2e4", ""}, {" quit", ""}, {"hello world", ""}, {"", ""},
       {"   ", ""}, {"\r", ""}, {"\t", ""}, {"\t ", ""}, {"st 10", ""}, {"computer", ""},
@@ -119,6 +119,9 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 1", kr},
       {"setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0", commandError("setboard 4k3/8/8/8/8/8/8/4K2R w K - 0 0") + cleared},
       {"setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1", commandError("setboard 4k3/8/8/8/4X3/8/8/4K2R w K - 0 1") + cleared},
+      // A 17th man of one side has no list slot to come back to after a capture.
+      {"setboard QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1",
+       commandError("setboard QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1") + cleared},
       {"setboard 8/8/8/8/8/8/8/K1k5 b - - 17 40", "1/2-1/2 {Draw by insufficient material}\n" + kings},
       // Positions without kings are judged but not played.
       {"setboard 8/8/8/8/8/8/8/8 w - - 0 1", unplayable + "1/2-1/2 {Stalemate}\n" + cleared}, fails("go", gameOver),
@@ -130,7 +133,7 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       {"level 99999999999 99999999999:99999999999 99999999999", ""}, {"time 99999999999999999999", ""},
       // Diagnostics that refuse their arguments leave the engine working.
       fails("randgames 0"), fails("randgames -5"), fails("randgames x"), fails("randpos 0"),
-      fails("randpos 3 /no/file", "# ERROR: failed to open file \"/no/file\" for writing"),
+      fails("randpos 3 /no/file", "# ERROR: failed to open file \"/no/file\" for writing\n"),
       fails("test /etc", "# ERROR: failed to open file \"/etc\" for reading\n"), fails("perft x"), fails("divide 0"),
       {"egtpath syzygy /tb", "# invalid TB type: syzygy\n" + commandError("egtpath syzygy /tb")},
       missing(2, "egtpath gaviota"), {"egtpath gaviota " + gtb4, "# initializing TB: type=gaviota path=" + gtb4 + "\n"},
@@ -199,7 +202,7 @@ TEST(ProtocolCommandsTest, XboardTranscript) {
       {"usermove d8h4", "# making user move: d8h4\n" +
                             board({"rnb.kbnr", "pppp.ppp", "........", "....p...", "......Pq", ".....P..", "PPPPP..P", "RNBQKBNR"}) +
                             "0-1 {Black wins by checkmate}\n"},
-      fails("usermove a2a3", gameOver), fails("go", gameOver),
+      fails("usermove a2a3", gameOver), fails("go", gameOver), fails("randpos 0"),
       // A refused position is never played on.
       {"setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1",
        commandError("setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNX w KQkq - 0 1") + cleared},

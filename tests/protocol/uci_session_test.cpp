@@ -70,7 +70,8 @@ const UciRow rows[] = {
      "setoption name Hash value 16\nsetoption name PAWNHASH value 8\nsetoption name OwnBook value false\n"
      "setoption name BookFile value my book.bin\nsetoption name Hash value 0\nsetoption name Threads value x\n"
      "setoption name OwnBook value maybe\nsetoption name Pondering value true\nsetoption name GaviotaTbCache value -1\n"
-     "setoption\nsetoption name multipv value 3\nsetoption name MultiPV value 257\nsetoption name move OVERHEAD value 250\n"
+     "setoption name GaviotaTbPath value " + std::string(256, 'x') + "\nsetoption\nsetoption name multipv value 3\n"
+     "setoption name MultiPV value 257\nsetoption name move OVERHEAD value 250\n"
      "setoption name Move Overhead value -1\nsetoption name Ponder value True\nsetoption name Clear Hash\n"
      "setoption name uci_chess960 value TRUE\nuci\n",
      info("option Hash not changed: value '0' is not a number from 1 to 1048576") +
@@ -78,6 +79,7 @@ const UciRow rows[] = {
               std::to_string(std::thread::hardware_concurrency())) +
          info("option OwnBook not changed: value 'maybe' is neither true nor false") + info("unknown option Pondering") +
          info("option GaviotaTbCache not changed: value '-1' is not a number from 0 to 1048576") +
+         info("option GaviotaTbPath not changed: the path is longer than 255 characters") +
          info("setoption ignored: no option name") +
          info("option MultiPV not changed: value '257' is not a number from 1 to 256") +
          info("option Move Overhead not changed: value '-1' is not a number from 0 to 5000") +
@@ -121,12 +123,14 @@ const UciRow rows[] = {
      }(),
      false},
     {"bad positions leave the last good one", forced + "position fen 8/8/8 w - - 0 1\nposition fen k7/8/8/8/8/8/8/8 w - - 0 1\n"
-     "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\ngo depth 3\n",
+     "position startpos moves e2e5\nposition startpos e2e4\nposition\nposition fen\n"
+     "position fen QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1\ngo depth 3\n",
      quoted(info(refused + "the board refuses the FEN '8/8/8 w - - 0 1'") + info(refused +
          "the position can't be played: a side lacks its king or has too many pieces, a pawn stands on its first or "
          "last rank, or the side not to move is in check") + info(refused + "illegal move 'e2e5' (move 1 of the list)") +
          info(refused + "expected moves, found 'e2e4'") + info(refused + "expected startpos or fen") +
-         info(refused + "the board refuses the FEN ''")) + search("a1b2"),
+         info(refused + "the board refuses the FEN ''") +
+         info(refused + "the board refuses the FEN 'QQQQQQQQ/PPPPPPPP/8/8/8/8/pppppppp/Q3k2K w - - 0 1'")) + search("a1b2"),
      true},
     {"broken go numbers", "go wtime abc\ngo depth\ngo depth 0\ngo nodes -5\ngo movetime 99999999999999999999\nisready\n",
      info("go refused: bad number for wtime: abc") + info("go refused: missing number after depth") +

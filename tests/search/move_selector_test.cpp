@@ -249,6 +249,4 @@ TEST(MoveSelector, PseudoLegalAgreesWithTheGenerators) {
   }
 }
 
-// Killers and counter moves keep only quiet moves, the newest killer first;
-// after a null move there is no counter move.
 }  // namespace

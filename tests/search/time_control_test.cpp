@@ -91,9 +91,10 @@ TEST(TimeControl, Allocation) {
     std::ostringstream out;
     tc.allocateTime(c.ply, out);
     const std::string max = std::to_string(c.maxTime);
-    EXPECT_EQ(out.str(), "# movesPerSession=" + std::string(c.moves) + " timePerSession=" +
-                             std::to_string(tc.timePerSession) + " increment=" + std::to_string(tc.increment) + "\n# " +
-                             c.position + "\n# " + c.figures + " max=" + max + "\n# set maxTime = " + max + "\n");
+    // Every row has five minutes a session; the increment comes in seconds.
+    EXPECT_EQ(out.str(), "# movesPerSession=" + std::string(c.moves) + " timePerSession=30000 increment=" +
+                             std::to_string(std::stoi(c.increment) * 100) + "\n# " + c.position + "\n# " + c.figures +
+                             " max=" + max + "\n# set maxTime = " + max + "\n");
     EXPECT_EQ(int32_t(tc.maxTime), c.maxTime);
     out.str("");
     tc.correctOutOfBook(c.ply, out);

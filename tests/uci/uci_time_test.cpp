@@ -7,7 +7,7 @@
 namespace {
 
 struct AllocationRow {
-  int64_t time, increment, movesToGo, expected;
+  int64_t time, increment, movesToGo, expected, moveTime = -1;
 };
 
 TEST(UciTimeTest, AllocationTable) {
@@ -21,14 +21,20 @@ TEST(UciTimeTest, AllocationTable) {
       {100, 1000, 0, 30},      // a big increment on an empty clock: a third of the clock at most
       {0, 0, 0, 1},            // an empty clock or one the host sends negative: still a move
       {-50, 10, 0, 1},
+      {300000, 0, 80, 5970},     // more than 50 moves to go count as 50
+      {60000, -1000, 0, 1956},   // a negative increment counts as none
+      {60000, 0, 0, 499, 500},   // a move time beside the clock, the shorter
+      {60000, 0, 0, 1956, 5000},
   };
   for (const AllocationRow& row : rows) {
     SCOPED_TRACE(row.time);
-    EXPECT_EQ(allocateMoveTime(UciClock{row.time, row.increment, row.movesToGo}), row.expected);
+    EXPECT_EQ(goBudget(UciClock{row.time, row.increment, row.movesToGo}, row.moveTime), row.expected);
   }
-  EXPECT_EQ(allocateMoveTime(UciClock{60000, 0, 0, 100}), 1866);  // a larger overhead leaves less to think
-  EXPECT_EQ(fixedMoveTime(500), 499);
-  EXPECT_EQ(fixedMoveTime(0), 1);
+  EXPECT_EQ(goBudget(UciClock{60000, 0, 0, 100}, -1), 1866);  // a larger overhead leaves less to think
+  // A move time alone, and no limit at all.
+  EXPECT_EQ(goBudget(std::nullopt, 500), 499);
+  EXPECT_EQ(goBudget(std::nullopt, 0), 1);
+  EXPECT_EQ(goBudget(std::nullopt, -1), -1);
 }
 
 // Many moves, each costing its budget and half the overhead allowed for: the clock stays positive.
