@@ -15,7 +15,10 @@ namespace {
 std::string texts(const MoveList& list, const std::function<bool(Move)>& keep = [](Move) { return true; }) {
   std::string out;
   for (uint32_t i = 0; i < list.count; ++i)
-    if (keep(list.moves[i].move)) out += (out.empty() ? "" : " ") + moveToString(list.moves[i].move);
+    if (keep(list.moves[i].move)) {
+      if (!out.empty()) out += ' ';
+      out += moveToString(list.moves[i].move);
+    }
   return out;
 }
 
