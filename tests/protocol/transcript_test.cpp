@@ -105,7 +105,8 @@ TEST(CommandLoopTest, ConsoleTranscript) {
       missing(4, "setboard 8/8/8/8/8/8/8/K1k5 w"),
       missing(1, "tune"), {"tune x", ""}, {"tune x y", ""}, tooMany(2, "tune x y z"),
       // Two blanks make an empty argument.
-      tooMany(1, "usermove  e2e4"), missing(1, "ping"), tooMany(0, "quit 1"), tooMany(0, "exit 1"), fails("auto 1"),
+      tooMany(1, "usermove  e2e4"), missing(1, "ping"), tooMany(0, "quit 1"), tooMany(0, "exit 1"), tooMany(0, "eval 1"),
+      fails("auto 1"),
       // Unknown words and empty lines are dropped without a word.
       {"QUIT", ""}, {"e2e4", ""}, {"usermove\t e2e4", ""}, {" quit", ""}, {"hello world", ""}, {"", ""},
       {"   ", ""}, {"\r", ""}, {"\t", ""}, {"\t ", ""}, {"st 10", ""}, {"computer", ""},
