@@ -25,11 +25,7 @@ std::multiset<Move> legalSet(Board_0x88& b, bool& inCheck) {
 // The legal move with this text, else the plain move between its squares; "-" for none.
 Move moveOf(Board_0x88& b, const std::string& text) {
   if (text.empty() || text == "-") return NoMove;
-  MoveList list;
-  bool inCheck;
-  generateLegalMoves(b, list, inCheck);
-  for (uint32_t i = 0; i < list.count; ++i)
-    if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
+  if (const Move m = legalMove(b, text); m != NoMove) return m;
   return encodeMove88(makeSquare(text[0] - 'a', text[1] - '1'), makeSquare(text[2] - 'a', text[3] - '1'));
 }
 
