@@ -115,9 +115,7 @@ TEST(RandomGames, Chess960GamesPlayToTheirEnd) {
       if (!failure.empty()) failure += " after " + moveToString(m) + " at ply " + std::to_string(i + 1);
     }
     EXPECT_EQ(failure, "") << line.fen;
-    MoveList list;
-    bool inCheck;
-    generateLegalMoves(*b, list, inCheck);
+    const MoveList list = legalMoves(*b);
     GameEndReason reason = ReasonNone;
     EXPECT_TRUE(list.count == 0 || isDrawByRule(*b, reason) || player.ply == MaxGamePly) << line.fen;
   }

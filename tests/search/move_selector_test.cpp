@@ -15,8 +15,7 @@ namespace {
 using evaltest::boardFrom;
 
 std::multiset<Move> legalSet(Board_0x88& b, bool& inCheck) {
-  MoveList list;
-  generateLegalMoves(b, list, inCheck);
+  const MoveList list = legalMoves(b, &inCheck);
   std::multiset<Move> out;
   for (uint32_t i = 0; i < list.count; ++i) out.insert(list.moves[i].move);
   return out;
