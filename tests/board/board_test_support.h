@@ -65,11 +65,17 @@ inline std::string toXFen(const std::string& fen) {
   return placement + " " + side + " " + written + rest;
 }
 
+// The legal moves; `inCheck`, when given, tells whether the side to move is in check.
+inline MoveList legalMoves(Board_0x88& b, bool* inCheck = nullptr) {
+  MoveList list;
+  bool check;
+  generateLegalMoves(b, list, inCheck ? *inCheck : check);
+  return list;
+}
+
 // The legal move written as `text`, or NoMove.
 inline Move legalMove(Board_0x88& b, const std::string& text) {
-  MoveList list;
-  bool inCheck;
-  generateLegalMoves(b, list, inCheck);
+  const MoveList list = legalMoves(b);
   for (uint32_t i = 0; i < list.count; ++i)
     if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
   return NoMove;

@@ -160,9 +160,7 @@ TEST(MakeMove, RandomWalksFromEverySuitePositionRestoreEverything) {
     std::vector<std::pair<Move, UndoRecord>> line;
     std::string failure, lineText;
     for (int step = 0; step < plies && failure.empty(); ++step) {
-      MoveList list;
-      bool inCheck;
-      generateLegalMoves(b, list, inCheck);
+      const MoveList list = legalMoves(b);
       for (uint32_t i = 0; i < list.count && failure.empty(); ++i) {
         failure = b.sideToMove == White ? checkPairs<White>(b, list.moves[i].move) : checkPairs<Black>(b, list.moves[i].move);
         if (!failure.empty()) failure += " on " + moveToString(list.moves[i].move);

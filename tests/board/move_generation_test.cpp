@@ -111,9 +111,7 @@ std::string disagreement(Board_0x88& b) {
 // Leaves below the position; the top `checked` levels also pass `disagreement`.
 uint64_t perft(Board_0x88& b, int depth, int checked, std::string& failure) {
   if (checked > 0 && failure.empty() && !(failure = disagreement(b)).empty()) failure += " at ply " + std::to_string(b.ply);
-  MoveList list;
-  bool check;
-  generateLegalMoves(b, list, check);
+  const MoveList list = legalMoves(b);
   if (depth == 1) return list.count;
   uint64_t nodes = 0;
   for (uint32_t i = 0; i < list.count; ++i) {
@@ -231,9 +229,7 @@ TEST(MoveGeneration, OrderOfTheList) {
     SCOPED_TRACE(c.fen);
     Board_0x88 b;
     ASSERT_TRUE(setupFromFen(b, c.fen));
-    MoveList list;
-    bool check;
-    generateLegalMoves(b, list, check);
+    const MoveList list = legalMoves(b);
     std::string expected = c.moves, got = texts(list, [&](Move m) { return !*c.from || moveFromSquare(m) == sq(c.from); });
     if (expected.ends_with(" ...")) expected.resize(expected.size() - 4), got.resize(std::min(got.size(), expected.size()));
     EXPECT_EQ(got, expected);

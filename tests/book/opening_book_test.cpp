@@ -158,9 +158,7 @@ TEST(OpeningBook, DecodesEveryMoveOfTheSuitePositions) {
   for (const SuiteLine& line : readSuite()) {
     Board_0x88 board;
     ASSERT_TRUE(setupFromFen(board, line.fen.c_str()));
-    MoveList list;
-    bool inCheck;
-    generateLegalMoves(board, list, inCheck);
+    const MoveList list = legalMoves(board);
     for (uint32_t i = 0; i < list.count; ++i) {
       const Move m = list.moves[i].move;
       std::string text = moveToString(m);

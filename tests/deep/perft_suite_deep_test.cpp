@@ -7,10 +7,10 @@ namespace {
 // No limit: the largest count of the file, 706045033, is part of the run.
 constexpr uint64_t deepMaxLeaves = UINT64_MAX;
 
-class PerftSuiteDeepTest : public ::testing::TestWithParam<SuitePosition> {};
+class PerftSuiteDeepTest : public ::testing::TestWithParam<SuiteLine> {};
 
 TEST_P(PerftSuiteDeepTest, LeafCounts) { checkSuitePosition(GetParam(), deepMaxLeaves, 1800); }
 
-INSTANTIATE_TEST_SUITE_P(Epd, PerftSuiteDeepTest, ::testing::ValuesIn(loadPerftSuite()), suiteTestName);
+INSTANTIATE_TEST_SUITE_P(Epd, PerftSuiteDeepTest, ::testing::ValuesIn(readSuite()), suiteTestName);
 
 }  // namespace

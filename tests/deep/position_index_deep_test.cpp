@@ -7,14 +7,9 @@
 
 namespace {
 
+using indextest::expectPasses;
 using indextest::IndexChecker;
 using indextest::Placement;
-
-void expectPasses(const IndexChecker& checker, const Placement& p, const char* name, int& failures) {
-  std::string failure = checker.check(p);
-  if (failure.empty() || ++failures > 5) return;
-  ADD_FAILURE() << name << " " << IndexChecker::describe(p) << ": " << failure;
-}
 
 std::vector<EndgameFamily> familiesOfUpToFourMen() {
   std::vector<EndgameFamily> families;

@@ -7,13 +7,11 @@
 #include "board/draw_rules.h"
 #include "board/fen_writer.h"
 #include "diagnostics/random_games.h"
-#include "player/chess_player.h"
+#include "../player/player_test_support.h"
 
 namespace {
 
-struct NoEngine : EngineInterface {
-  void makeEngineMove(Move&) override {}
-};
+class RandomGames : public ::testing::Test, protected playertest::PlayerWithoutEngine {};
 
 // The numbers on the line of `label` and on the `more` lines behind it; on a
 // line with a colon only those behind the last colon.
@@ -34,10 +32,7 @@ std::vector<double> numbersAt(const std::string& report, const std::string& labe
 
 double sum(const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0); }
 
-TEST(RandomGames, TheReportHoldsTogether) {
-  TimeControl clock;
-  NoEngine engine;
-  ChessPlayer player{&clock, &engine};
+TEST_F(RandomGames, TheReportHoldsTogether) {
   std::srand(20261124);
   testing::internal::CaptureStdout();
   runRandomGames(player, player.randomGame, 200);
@@ -81,10 +76,7 @@ TEST(RandomGames, TheReportHoldsTogether) {
 // kinds, middlegames) to their end, replayed: every position sound, the mover
 // never left in check, and its FEN, written in Shredder form and read back,
 // the same position with the same key. Castlings of both wings come up.
-TEST(RandomGames, Chess960GamesPlayToTheirEnd) {
-  TimeControl clock;
-  NoEngine engine;
-  ChessPlayer player{&clock, &engine};
+TEST_F(RandomGames, Chess960GamesPlayToTheirEnd) {
   player.randomGame = true;
   std::srand(960);
   uint64_t castlings[2] = {};
@@ -115,9 +107,7 @@ TEST(RandomGames, Chess960GamesPlayToTheirEnd) {
       if (!failure.empty()) failure += " after " + moveToString(m) + " at ply " + std::to_string(i + 1);
     }
     EXPECT_EQ(failure, "") << line.fen;
-    MoveList list;
-    bool inCheck;
-    generateLegalMoves(*b, list, inCheck);
+    const MoveList list = legalMoves(*b);
     GameEndReason reason = ReasonNone;
     EXPECT_TRUE(list.count == 0 || isDrawByRule(*b, reason) || player.ply == MaxGamePly) << line.fen;
   }

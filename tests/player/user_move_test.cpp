@@ -1,17 +1,11 @@
 // Reading the host's move text, the draw offer and the game-end report, on a
 // player without threads; and the threads that `cores` asks for.
 #include "../board/board_test_support.h"
-#include "player/chess_player.h"
-#include "search/time_control.h"
+#include "player_test_support.h"
 
 namespace {
 
-class NoEngine : public EngineInterface {
- public:
-  void makeEngineMove(Move&) override {}
-};
-
-class UserMove : public ::testing::Test {
+class UserMove : public ::testing::Test, protected playertest::PlayerWithoutEngine {
  protected:
   void setPosition(const char* fen) { ASSERT_TRUE(setupFromFen(*player.board, fen)) << fen; }
   Move parse(const std::string& text) {
@@ -31,10 +25,6 @@ class UserMove : public ::testing::Test {
     std::cout.flush();
     return ::testing::internal::GetCapturedStdout();
   }
-
-  TimeControl clock;
-  NoEngine engine;
-  ChessPlayer player{&clock, &engine};
 };
 
 TEST_F(UserMove, TextNamesTheGeneratedMove) {

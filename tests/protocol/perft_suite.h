@@ -11,38 +11,21 @@
 #include "board/board_test_support.h"
 #include "protocol/engine_process.h"
 
-struct SuiteDepth { unsigned depth; uint64_t leaves; };
-
-struct SuitePosition {
-  unsigned line;  // in the file, from 1
-  std::string fen;
-  std::vector<SuiteDepth> depths;
-};
-
 // Shown by GoogleTest for a failing position.
-inline void PrintTo(const SuitePosition& p, std::ostream* os) { *os << p.fen; }
+inline void PrintTo(const SuiteLine& p, std::ostream* os) { *os << p.fen; }
 
-// The lines of the file in order, depth d at depths[d - 1].
-inline std::vector<SuitePosition> loadPerftSuite() {
-  std::vector<SuitePosition> positions;
-  for (const SuiteLine& line : readSuite()) {
-    positions.push_back({unsigned(positions.size() + 1), line.fen, {}});
-    for (unsigned d = 1; d <= line.counts.size(); ++d) positions.back().depths.push_back({d, line.counts[d - 1]});
-  }
-  return positions;
-}
-
-inline std::string suiteTestName(const ::testing::TestParamInfo<SuitePosition>& info) {
-  return "line" + std::to_string(info.param.line);
+// Named by the line of the file, from 1.
+inline std::string suiteTestName(const ::testing::TestParamInfo<SuiteLine>& info) {
+  return "line" + std::to_string(info.index + 1);
 }
 
 // Runs `perft` for every depth of the position whose count is at most
 // `maxLeaves`, in one engine, and compares the leaves.
-inline void checkSuitePosition(const SuitePosition& p, uint64_t maxLeaves, int timeoutSeconds) {
+inline void checkSuitePosition(const SuiteLine& p, uint64_t maxLeaves, int timeoutSeconds) {
   std::string input = "xboard\nsetboard " + p.fen + "\n";
   std::vector<uint64_t> wanted, got;
-  for (const SuiteDepth& d : p.depths)
-    if (d.leaves <= maxLeaves) wanted.push_back(d.leaves), input += "perft " + std::to_string(d.depth) + "\n";
+  for (size_t d = 0; d < p.counts.size(); ++d)
+    if (p.counts[d] <= maxLeaves) wanted.push_back(p.counts[d]), input += "perft " + std::to_string(d + 1) + "\n";
   if (wanted.empty()) GTEST_SKIP() << "every count is above the limit";
   const EngineOutcome run = runEngine(TOLVA_BINARY, input + "quit\n", {}, "", timeoutSeconds);
   ASSERT_EQ(run.status(), 0) << p.fen;

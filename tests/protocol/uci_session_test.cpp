@@ -204,8 +204,8 @@ TEST(UciProtocolTest, TablebaseScoresAreMates) {
 // positions: "m n" lines become "m: n", and the total comes behind a blank line.
 TEST(UciProtocolTest, GoPerftCountsAsDivide) {
   std::string xboardInput = "xboard\n", uciInput = "uci\n", expected, line;
-  std::vector<SuitePosition> suite = loadPerftSuite();
-  for (const SuitePosition& p : suite) {
+  std::vector<SuiteLine> suite = readSuite();
+  for (const SuiteLine& p : suite) {
     xboardInput += "setboard " + p.fen + "\ndivide 2\n";
     uciInput += "position fen " + p.fen + "\ngo perft 2\n";
   }
@@ -217,7 +217,7 @@ TEST(UciProtocolTest, GoPerftCountsAsDivide) {
     if (!std::regex_match(line, m, total)) continue;
     expected += "\nNodes searched: " + m[1].str() + "\n";
     ASSERT_LT(position, suite.size());
-    EXPECT_EQ(std::stoull(m[1]), suite[position++].depths.at(1).leaves);
+    EXPECT_EQ(std::stoull(m[1]), suite[position++].counts.at(1));
   }
   EXPECT_EQ(position, suite.size());
   const std::string perft = run(uciInput).output;
@@ -330,9 +330,9 @@ TEST(UciProtocolTest, OneLineSearchesAsBefore) {
 // with fewer moves) of distinct first moves, best first, the first line's
 // move the bestmove.
 TEST(UciProtocolTest, SearchmovesAndMultiPvOverTheSuite) {
-  const std::vector<SuitePosition> suite = loadPerftSuite();
+  const std::vector<SuiteLine> suite = readSuite();
   std::string input = "uci\n";
-  for (const SuitePosition& p : suite) input += "position fen " + p.fen + "\ngo perft 1\n";
+  for (const SuiteLine& p : suite) input += "position fen " + p.fen + "\ngo perft 1\n";
   std::vector<std::vector<std::string>> legal(1);
   std::istringstream perft(run(input).output.substr(sessionStart.size()));
   for (std::string line; std::getline(perft, line);) {

@@ -14,22 +14,10 @@ namespace {
 
 using evaltest::boardFrom;
 
-std::multiset<Move> legalSet(Board_0x88& b, bool& inCheck) {
-  MoveList list;
-  generateLegalMoves(b, list, inCheck);
-  std::multiset<Move> out;
-  for (uint32_t i = 0; i < list.count; ++i) out.insert(list.moves[i].move);
-  return out;
-}
-
 // The legal move with this text, else the plain move between its squares; "-" for none.
 Move moveOf(Board_0x88& b, const std::string& text) {
   if (text.empty() || text == "-") return NoMove;
-  MoveList list;
-  bool inCheck;
-  generateLegalMoves(b, list, inCheck);
-  for (uint32_t i = 0; i < list.count; ++i)
-    if (moveToString(list.moves[i].move) == text) return list.moves[i].move;
+  if (const Move m = legalMove(b, text); m != NoMove) return m;
   return encodeMove88(makeSquare(text[0] - 'a', text[1] - '1'), makeSquare(text[2] - 'a', text[3] - '1'));
 }
 
@@ -59,6 +47,8 @@ std::multiset<Move> setOf(const std::vector<ScoredMove>& moves) {
   for (const ScoredMove& sm : moves) out.insert(sm.move);
   return out;
 }
+std::multiset<Move> setOf(const MoveList& list) { return setOf({list.moves, list.moves + list.count}); }
+std::multiset<Move> legalSet(Board_0x88& b, bool& inCheck) { return setOf(legalMoves(b, &inCheck)); }
 
 std::string texts(const std::vector<ScoredMove>& moves, size_t count) {
   std::string out;
@@ -76,9 +66,7 @@ std::multiset<Move> capturesOf(Board_0x88& b) {
   PinMasks pins;
   computePins<C>(b, pins);
   generateCaptures<C>(b, pins, captures, PromotionsQueenOnly);
-  std::multiset<Move> out;
-  for (uint32_t i = 0; i < captures.count; ++i) out.insert(captures.moves[i].move);
-  return out;
+  return setOf(captures);
 }
 
 // Stage of a move handed out by a full node: 0 the line's move, 1 the table's,

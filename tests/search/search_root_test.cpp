@@ -7,10 +7,7 @@
 #include <iomanip>
 #include <memory>
 
-#include "board/fen.h"
-#include "board/make_move.h"
-#include "board/move_generation.h"
-#include "board/move_text.h"
+#include "../board/board_test_support.h"
 #include "search/time_control.h"
 #include "search/search_output.h"
 #include "search/search_thread.h"
@@ -48,15 +45,9 @@ SearchResult search(const char* fen, uint32_t depth, const std::vector<std::stri
                     uint64_t stopAfterChecks = 0, Budget budget = {}) {
   auto game = std::make_unique<Board_0x88>();
   EXPECT_TRUE(setupFromFen(*game, fen)) << fen;
-  for (const std::string& text : before) {
-    MoveList list;
-    bool inCheck;
-    generateLegalMoves(*game, list, inCheck);
-    for (uint32_t i = 0; i < list.count; ++i)
-      if (moveToString(list.moves[i].move) == text) game->history[game->ply].movePlayed = list.moves[i].move;
-    UndoRecord undo;
-    makeMoveForSide(*game, game->history[game->ply].movePlayed, undo);
-  }
+  std::string moves;
+  for (const std::string& text : before) moves += text + " ";
+  EXPECT_TRUE(playMoves(*game, moves)) << moves;
   testing::internal::CaptureStdout();
   TTHashTable tt("TT hash");
   tt.sizeFor(16);

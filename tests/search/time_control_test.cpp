@@ -47,54 +47,48 @@ TEST(TimeControl, Allocation) {
   // `remaining` as `time` gives it; nullptr: `used` stands. Out of book the
   // budget grows by half, except in the last moves of a session.
   const struct {
-    const char *moves, *time, *increment;
+    const char *moves, *increment;  // five minutes a session
     uint32_t ply;
     const char* remaining;
     uint32_t used;
-    const char *position, *figures;
+    int remainingMoves, sessions;
+    const char* figures;  // total, elapsed, remaining, available
     int32_t maxTime, outOfBook;
   } cases[] = {
-      {"40", "5", "0", 0, nullptr, 0, "ply=0 fullMoveNumber=1 remainingMoves=40 nSessions=1",
-       "total=30000 elapsed=0 remaining=30000 available=30000", 675, 1012},
-      {"0", "5", "3", 0, nullptr, 0, "ply=0 fullMoveNumber=1 remainingMoves=32 nSessions=1",
-       "total=30300 elapsed=0 remaining=30300 available=39600", 1113, 1669},
-      {"40", "5", "0", 0, "6000", 0, "ply=0 fullMoveNumber=1 remainingMoves=40 nSessions=1",
-       "total=30000 elapsed=24000 remaining=6000 available=6000", 135, 202},
+      {"40", "0", 0, nullptr, 0, 40, 1, "30000 0 30000 30000", 675, 1012},
+      {"0", "3", 0, nullptr, 0, 32, 1, "30300 0 30300 39600", 1113, 1669},
+      {"40", "0", 0, "6000", 0, 40, 1, "30000 24000 6000 6000", 135, 202},
       // The last move of a session gets all that is left; the next brings new time.
       // Out of book, ten moves to go are corrected, nine are not.
-      {"40", "5", "0", 60, nullptr, 20000, "ply=60 fullMoveNumber=31 remainingMoves=10 nSessions=1",
-       "total=30000 elapsed=20000 remaining=10000 available=10000", 900, 1350},
-      {"40", "5", "0", 62, nullptr, 20000, "ply=62 fullMoveNumber=32 remainingMoves=9 nSessions=1",
-       "total=30000 elapsed=20000 remaining=10000 available=10000", 1000, 1000},
-      {"40", "5", "0", 78, nullptr, 29000, "ply=78 fullMoveNumber=40 remainingMoves=1 nSessions=1",
-       "total=30000 elapsed=29000 remaining=1000 available=1000", 900, 900},
-      {"40", "5", "0", 80, nullptr, 29000, "ply=80 fullMoveNumber=41 remainingMoves=40 nSessions=2",
-       "total=60000 elapsed=29000 remaining=31000 available=31000", 697, 1045},
+      {"40", "0", 60, nullptr, 20000, 10, 1, "30000 20000 10000 10000", 900, 1350},
+      {"40", "0", 62, nullptr, 20000, 9, 1, "30000 20000 10000 10000", 1000, 1000},
+      {"40", "0", 78, nullptr, 29000, 1, 1, "30000 29000 1000 1000", 900, 900},
+      {"40", "0", 80, nullptr, 29000, 40, 2, "60000 29000 31000 31000", 697, 1045},
       // Both colours of a move pair see the same move number.
-      {"40", "5", "2", 80, "10000", 0, "ply=80 fullMoveNumber=41 remainingMoves=40 nSessions=2",
-       "total=68200 elapsed=58200 remaining=10000 available=17800", 400, 600},
-      {"40", "5", "2", 81, "10000", 0, "ply=81 fullMoveNumber=41 remainingMoves=40 nSessions=2",
-       "total=68200 elapsed=58200 remaining=10000 available=17800", 400, 600},
-      {"40", "5", "2", 11, nullptr, 5000, "ply=11 fullMoveNumber=6 remainingMoves=35 nSessions=1",
-       "total=31200 elapsed=5000 remaining=26200 available=33000", 848, 1272},
+      {"40", "2", 80, "10000", 0, 40, 2, "68200 58200 10000 17800", 400, 600},
+      {"40", "2", 81, "10000", 0, 40, 2, "68200 58200 10000 17800", 400, 600},
+      {"40", "2", 11, nullptr, 5000, 35, 1, "31200 5000 26200 33000", 848, 1272},
       // Used up: negative, truncated toward zero; more than the session wraps.
-      {"40", "5", "0", 0, nullptr, 31000, "ply=0 fullMoveNumber=1 remainingMoves=40 nSessions=1",
-       "total=30000 elapsed=31000 remaining=-1000 available=-1000", -22, -33},
-      {"40", "5", "0", 0, "99999999", 0, "ply=0 fullMoveNumber=1 remainingMoves=40 nSessions=1",
-       "total=30000 elapsed=-99969999 remaining=99999999 available=99999999", 2249999, 3374998},
+      {"40", "0", 0, nullptr, 31000, 40, 1, "30000 31000 -1000 -1000", -22, -33},
+      {"40", "0", 0, "99999999", 0, 40, 1, "30000 -99969999 99999999 99999999", 2249999, 3374998},
   };
   for (const auto& c : cases) {
     TimeControl tc;
-    ASSERT_TRUE(tc.setLevel(c.moves, c.time, c.increment));
+    ASSERT_TRUE(tc.setLevel(c.moves, "5", c.increment));
     tc.elapsed = c.used;
     if (c.remaining) tc.setRemaining(c.ply, c.remaining);
     std::ostringstream out;
     tc.allocateTime(c.ply, out);
+    std::istringstream figures(c.figures);
+    std::string shown, value;
+    for (const char* label : {"total=", " elapsed=", " remaining=", " available="}) shown += label + (figures >> value, value);
     const std::string max = std::to_string(c.maxTime);
-    // Every row has five minutes a session; the increment comes in seconds.
+    // The increment comes in seconds.
     EXPECT_EQ(out.str(), "# movesPerSession=" + std::string(c.moves) + " timePerSession=30000 increment=" +
-                             std::to_string(std::stoi(c.increment) * 100) + "\n# " + c.position + "\n# " + c.figures +
-                             " max=" + max + "\n# set maxTime = " + max + "\n");
+                             std::to_string(std::stoi(c.increment) * 100) + "\n# ply=" + std::to_string(c.ply) +
+                             " fullMoveNumber=" + std::to_string(c.ply / 2 + 1) + " remainingMoves=" +
+                             std::to_string(c.remainingMoves) + " nSessions=" + std::to_string(c.sessions) +
+                             "\n# " + shown + " max=" + max + "\n# set maxTime = " + max + "\n");
     EXPECT_EQ(int32_t(tc.maxTime), c.maxTime);
     out.str("");
     tc.correctOutOfBook(c.ply, out);

@@ -1,6 +1,8 @@
 #pragma once
 // Properties that every position index must have, checked one placement at a
 // time; shared by the unit tests (samples) and the deep sweeps (all of them).
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -155,5 +157,11 @@ class IndexChecker {
     return true;
   }
 };
+
+// A failure for `p` unless it passes; the first five of a run are reported.
+inline void expectPasses(const IndexChecker& checker, const Placement& p, const std::string& name, int& failures) {
+  const std::string failure = checker.check(p);
+  if (!failure.empty() && ++failures <= 5) ADD_FAILURE() << name << " " << IndexChecker::describe(p) << ": " << failure;
+}
 
 }  // namespace indextest

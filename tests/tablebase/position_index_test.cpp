@@ -10,6 +10,7 @@
 
 namespace {
 
+using indextest::expectPasses;
 using indextest::IndexChecker;
 using indextest::Placement;
 
@@ -73,12 +74,6 @@ TEST(PositionIndexTest, WorkedExamplesAndEdges) {
     EXPECT_EQ(endgameCatalogue[rowNamed(e.endgame)].positionToIndex(w, b, index), e.index != refused) << e.what;
     EXPECT_EQ(index, e.index) << e.what;
   }
-}
-
-void expectPasses(const IndexChecker& checker, const Placement& p, const std::string& name, int& failures) {
-  std::string failure = checker.check(p);
-  if (failure.empty() || ++failures > 5) return;
-  ADD_FAILURE() << name << " " << IndexChecker::describe(p) << ": " << failure;
 }
 
 // Every row: its number, found by its material, and its family's index
