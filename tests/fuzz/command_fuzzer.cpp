@@ -1,6 +1,6 @@
 // Feeds the engine binary random sequences of its commands and watches for
 // crashes, sanitizer reports, hangs at the end of input and illegal moves.
-// A failing sequence is shrunk and written to a file that --replay runs again.
+// A failing sequence is written to a file that --replay runs again.
 #include <unistd.h>
 
 #include <chrono>
@@ -20,15 +20,13 @@ namespace {
 struct Options {
   std::string engine, replay, out;
   uint64_t seed = 0, sequences = 100;
-  int maxCores = 2, repeat = 1;
-  bool shrink = false, uci = false;
+  int maxCores = 2;
+  bool uci = false;
 } options;
 
-// What went wrong in a run; no kind is a pass. Shrinking keeps only
-// candidates that fail with the same kind and signature.
+// What went wrong in a run; no kind is a pass.
 struct Failure {
   std::string kind, signature, details;
-  bool operator==(const Failure& o) const { return kind == o.kind && signature == o.signature; }
 };
 
 struct RunRecord {
@@ -77,7 +75,6 @@ bool parseSequence(std::istream& in, FuzzSequence& sequence) {
     else if (word != "send" && word != "part" && word != "glue") return std::cerr << "unknown step: " << line << "\n", false;
     step.newline = word != "part";
     step.glue = word == "glue" && !sequence.steps.empty();
-    step.group = step.glue ? sequence.steps.back().group : int(sequence.steps.size());
     sequence.steps.push_back(step);
   }
   return true;
@@ -151,53 +148,10 @@ RunRecord replaySequence(const FuzzSequence& sequence) {
   });
 }
 
-// Hangs and data races need their timing: a candidate gets more than one chance.
-bool failsAlike(const FuzzSequence& sequence, const Failure& wanted, RunRecord& record, int attempts = 2) {
-  for (int i = 0; i < attempts; ++i)
-    if (RunRecord run = replaySequence(sequence); run.failure == wanted) return record = run, true;
-  return false;
-}
-
-// Delta debugging over groups of steps, then over single steps that aren't
-// glue, then without pauses. `last` is the run of the shortest failing sequence.
-FuzzSequence shrink(FuzzSequence best, RunRecord& last) {
-  const Failure wanted = last.failure;
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
-  int tries = 0;
-  auto budgetLeft = [&] { return tries < 150 && std::chrono::steady_clock::now() < deadline; };
-  auto attempt = [&](const std::function<bool(size_t)>& drop) {
-    FuzzSequence candidate = best;
-    candidate.steps.clear();
-    for (size_t i = 0; i < best.steps.size(); ++i)
-      if (!drop(i)) candidate.steps.push_back(best.steps[i]);
-    if (candidate.steps.size() == best.steps.size() || (++tries, !failsAlike(candidate, wanted, last))) return false;
-    best = candidate;
-    std::cout << "  shrunk to " << countLines(best) << " lines" << std::endl;
-    return true;
-  };
-  for (bool byGroup : {true, false}) {
-    for (size_t chunks = 2; budgetLeft();) {
-      std::vector<size_t> unitOf(best.steps.size());
-      size_t units = 0;
-      for (size_t i = 0; i < best.steps.size(); ++i)
-        unitOf[i] = i > 0 && (byGroup ? best.steps[i].group == best.steps[i - 1].group : best.steps[i].glue) ? units - 1 : units++;
-      chunks = std::min(chunks, units);
-      bool reduced = false;
-      for (size_t c = 0; c < chunks && budgetLeft() && !reduced; ++c)
-        reduced = attempt([&](size_t i) { return unitOf[i] >= units * c / chunks && unitOf[i] < units * (c + 1) / chunks; });
-      if (units < 2 || (!reduced && chunks >= units)) break;
-      chunks = reduced ? std::max<size_t>(chunks - 1, 2) : std::min(chunks * 2, units);
-    }
-  }
-  if (budgetLeft()) attempt([&](size_t i) { return best.steps[i].kind == FuzzStep::Sleep; });
-  std::cout << "  shrinking took " << tries << " candidates" << std::endl;
-  return best;
-}
-
-void report(const FuzzSequence& minimal, const RunRecord& record, const std::string& path) {
-  const bool written = bool(std::ofstream(path, std::ios::binary) << formatSequence(minimal));
-  std::cout << "\n==== " << record.failure.kind << ": " << record.failure.signature << "\n==== sequence (" << countLines(minimal)
-            << " lines)" << (written ? ", written to " : ", could not write ") << path << ":\n" << formatSequence(minimal)
+void report(const FuzzSequence& sequence, const RunRecord& record, const std::string& path) {
+  const bool written = bool(std::ofstream(path, std::ios::binary) << formatSequence(sequence));
+  std::cout << "\n==== " << record.failure.kind << ": " << record.failure.signature << "\n==== sequence (" << countLines(sequence)
+            << " lines)" << (written ? ", written to " : ", could not write ") << path << ":\n" << formatSequence(sequence)
             << "==== what the engine reported:\n" << record.failure.details << "\n==== replay: tolva_command_fuzzer --engine "
             << options.engine << " --replay " << path << "\n" << std::endl;
 }
@@ -220,9 +174,7 @@ int run() {
     if (record.failure.kind.empty()) continue;
     std::cout << "sequence " << index << " FAILED: " << record.failure.kind << ": " << record.failure.signature << std::endl;
     record.sequence.comment += ", " + record.failure.kind + ": " + record.failure.signature;
-    RunRecord last = record;
-    FuzzSequence minimal = failsAlike(record.sequence, record.failure, last, 3) ? shrink(record.sequence, last) : record.sequence;
-    report(minimal, last, options.out.empty() ? "fuzz-failure-" + std::to_string(options.seed) + ".txt" : options.out);
+    report(record.sequence, record, options.out.empty() ? "fuzz-failure-" + std::to_string(options.seed) + ".txt" : options.out);
     return 1;
   }
   std::cout << "tolva_command_fuzzer: " << lines << " lines sent, " << moves << " engine moves checked, no failure" << std::endl;
@@ -233,16 +185,11 @@ int replay() {
   std::ifstream file(options.replay, std::ios::binary);
   FuzzSequence sequence;
   if (!file || !parseSequence(file, sequence)) return std::cerr << "tolva_command_fuzzer: cannot read " << options.replay << "\n", 2;
-  for (int i = 1; i <= options.repeat; ++i) {
-    RunRecord record = replaySequence(sequence);
-    std::cout << "replay " << i << ": " << countLines(sequence) << " lines, " << record.movesChecked << " engine moves checked: "
-              << (record.failure.kind.empty() ? "passed" : record.failure.kind + ": " + record.failure.signature) << std::endl;
-    if (record.failure.kind.empty()) continue;
-    if (!options.shrink) return std::cout << record.failure.details, 1;
-    report(shrink(sequence, record), record, options.out.empty() ? options.replay + ".min" : options.out);
-    return 1;
-  }
-  return 0;
+  const RunRecord record = replaySequence(sequence);
+  std::cout << "replay: " << countLines(sequence) << " lines, " << record.movesChecked << " engine moves checked: "
+            << (record.failure.kind.empty() ? "passed" : record.failure.kind + ": " + record.failure.signature) << std::endl;
+  if (record.failure.kind.empty()) return 0;
+  return std::cout << record.failure.details, 1;
 }
 
 }  // namespace
@@ -251,21 +198,19 @@ int main(int argc, char** argv) {
   options.seed = uint64_t(std::chrono::system_clock::now().time_since_epoch().count()) % 1000000000ull;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i], value = i + 1 < argc ? argv[i + 1] : "";
-    if (arg == "--shrink") options.shrink = true, --i;
-    else if (arg == "--uci") options.uci = true, --i;
+    if (arg == "--uci") options.uci = true, --i;
     else if (arg == "--engine") options.engine = value;
     else if (arg == "--seed") options.seed = std::strtoull(value.c_str(), nullptr, 10);
     else if (arg == "--sequences") options.sequences = std::strtoull(value.c_str(), nullptr, 10);
     else if (arg == "--cores") options.maxCores = std::max(1, std::atoi(value.c_str()));
     else if (arg == "--replay") options.replay = value;
-    else if (arg == "--repeat") options.repeat = std::max(1, std::atoi(value.c_str()));
     else if (arg == "--out") options.out = value;
     else options.engine.clear(), i = argc;  // unknown: the usage below
     ++i;
   }
   if (options.engine.empty() || access(options.engine.c_str(), X_OK) != 0) {
     std::cerr << "usage: tolva_command_fuzzer --engine PATH [--uci] [--seed N] [--sequences N] [--cores N] [--out FILE]\n"
-                 "       tolva_command_fuzzer --engine PATH --replay FILE [--repeat N] [--shrink] [--out FILE]\n";
+                 "       tolva_command_fuzzer --engine PATH --replay FILE\n";
     return 2;
   }
   options.engine = std::filesystem::absolute(options.engine).string();

@@ -84,7 +84,7 @@ const Lines boundaryNumbers = {"0", "-1", "1", "2147483647", "2147483648", "-214
 
 void CommandGenerator::begin(FuzzSequence& sequence) {
   length_ = random_.chance(0.15) ? random_.range(1, 8) : random_.range(8, 70);
-  sent_ = group_ = burst_ = 0;
+  sent_ = burst_ = 0;
   finished_ = false;
   const int cores = random_.range(1, settings_.maxCores);
   sequence.engineArgs = random_.chance(0.85) ? Lines{"-cores", std::to_string(cores)}
@@ -99,10 +99,9 @@ std::vector<FuzzStep> CommandGenerator::next(const Board_0x88* board) {
   if (finished_) return steps;
   const bool uci = settings_.uci;
   if (uci) board = &uciBoard_;
-  const int group = group_++;
   auto add = [&](FuzzStep::Kind kind, const std::string& text = "", int ms = 0, bool newline = true, bool glue = false) {
     FuzzStep step;
-    step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.glue = glue, step.group = group;
+    step.kind = kind, step.text = text, step.milliseconds = ms, step.newline = newline, step.glue = glue;
     steps.push_back(step);
   };
   const std::string bound = uci ? "" : "sd " + std::to_string(random_.range(1, 4));

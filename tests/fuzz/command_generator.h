@@ -14,8 +14,7 @@ struct FuzzStep {
   std::string text;      // Send: the bytes, without the line feed
   int milliseconds = 0;  // Sleep
   bool newline = true;   // Send: a line feed follows (false: a partial line)
-  bool glue = false;     // Send: keeps the group's searches short; never dropped alone
-  int group = 0;         // steps that only make sense together share a group
+  bool glue = false;     // Send: keeps the searches of the line before it short
 };
 
 // Everything needed to run a sequence again. Input always ends after the last step.
@@ -46,8 +45,7 @@ struct GeneratorSettings {
 // Draws sequences of real commands with random, boundary and malformed
 // arguments. Every search it can start stays short: a time control of a few
 // seconds at most, or a small depth limit glued right behind any line that
-// could allow a long search. Glue shares its line's group, so shrinking
-// removes it only together with that line.
+// could allow a long search.
 class CommandGenerator {
  public:
   CommandGenerator(uint64_t seed, const GeneratorSettings& settings) : random_(seed), settings_(settings) {}
@@ -70,7 +68,7 @@ class CommandGenerator {
 
   FuzzRandom random_;
   GeneratorSettings settings_;
-  int length_ = 0, sent_ = 0, group_ = 0;
+  int length_ = 0, sent_ = 0;
   int burst_ = 0;  // lines left that leave a running search alone
   bool finished_ = false;
 };

@@ -192,7 +192,6 @@ TEST(UciProtocolTest, OnlyAFirstLineChoosesUci) {
 }
 
 TEST(UciProtocolTest, TablebaseScoresAreMates) {
-  if (access(gtb4.c_str(), R_OK) != 0) GTEST_SKIP() << "no tablebases in " << gtb4;
   EngineOutcome out = run("uci\nsetoption name GaviotaTbPath value " + gtb4 +
                             "\nposition fen 8/8/8/4k3/8/8/8/KQ6 w - - 0 1\ngo depth 6\n");
   const std::string answer = out.output.substr(sessionStart.size());
@@ -331,15 +330,14 @@ TEST(UciProtocolTest, OneLineSearchesAsBefore) {
 // move the bestmove.
 TEST(UciProtocolTest, SearchmovesAndMultiPvOverTheSuite) {
   const std::vector<SuiteLine> suite = readSuite();
-  std::string input = "uci\n";
-  for (const SuiteLine& p : suite) input += "position fen " + p.fen + "\ngo perft 1\n";
-  std::vector<std::vector<std::string>> legal(1);
-  std::istringstream perft(run(input).output.substr(sessionStart.size()));
-  for (std::string line; std::getline(perft, line);) {
-    if (line.size() > 3 && line.substr(line.size() - 3) == ": 1") legal.back().push_back(line.substr(0, line.find(':')));
-    if (line.rfind("Nodes searched", 0) == 0) legal.emplace_back();
+  std::vector<std::vector<std::string>> legal;
+  for (const SuiteLine& p : suite) {
+    Board_0x88 b;
+    setupFromFen(b, p.fen.c_str());
+    const MoveList list = legalMoves(b);
+    legal.emplace_back();
+    for (uint32_t m = 0; m < list.count; ++m) legal.back().push_back(moveToString(list.moves[m].move));
   }
-  ASSERT_EQ(legal.size(), suite.size() + 1);
   UciSession engine;
   for (size_t i = 0; i < suite.size(); ++i) {
     SCOPED_TRACE(suite[i].fen);

@@ -6,18 +6,34 @@
 # both sides and a back rank each). Every game must end with a result, no
 # illegal move, no dead or stalled engine, no loss on time.
 #
-# Usage: fastchess960_match_test.sh <path to tolva> [games] [time control, default 2+0.05]
+# fastchess isn't a Debian package, so CI can't run this: it is a match to
+# run by hand after a change to castling or to the UCI front end.
+#
+# Usage: bench/fastchess960_match.sh <path to tolva> [games] [time control, default 2+0.05]
 # Environment: FASTCHESS (the program, default fastchess on the PATH or in
 #              /usr/local/bin), TOLVA_HOST_KEEP=1 keeps the working directory.
-# Exit status: 0 pass, 1 fail, 77 skipped when fastchess is missing.
+# Exit status: 0 pass, 1 fail, 77 when fastchess is missing.
 set -u
-# shellcheck source=match_common.sh
-. "$(dirname "$(readlink -f "$0")")/match_common.sh"
+here=$(dirname "$(readlink -f "$0")")
+failed=0
+fail() { echo "FAIL: $*"; failed=1; }
+tolva=${1:-}
+[ -n "$tolva" ] && [ -x "$tolva" ] || { echo "FAIL: no engine binary given or not executable: '$tolva'"; exit 1; }
+tolva=$(readlink -f "$tolva")
+make_work() {
+  work=$(mktemp -d "${TMPDIR:-/tmp}/tolva-$1.XXXXXX")
+  trap 'if [ "$failed" = 0 ] && [ "${TOLVA_HOST_KEEP:-0}" != 1 ]; then rm -rf "$work"; else echo "Files kept in $work"; fi' EXIT
+}
+finish() {
+  if [ "$failed" = 0 ]; then echo "PASS: $1"; exit 0; fi
+  for file in "${@:2}"; do echo "---- $file ----"; tail -n 40 "$file" 2>/dev/null; done
+  exit 1
+}
 games=${2:-4}
 tc=${3:-2+0.05}
 fastchess=${FASTCHESS:-$(command -v fastchess || echo /usr/local/bin/fastchess)}
 if [ ! -x "$fastchess" ]; then
-  echo "SKIP: needs fastchess (bash /work/shared/tools/build-fastchess.sh, or FASTCHESS=path)"
+  echo "SKIP: needs fastchess (../shared/tools/build-fastchess.sh, or FASTCHESS=path)"
   exit 77
 fi
 opponent=$(command -v stockfish || echo /usr/games/stockfish)
@@ -27,7 +43,7 @@ make_work fastchess960
 
 # The start positions of the suite, as plain EPD, alternating between the
 # two kinds: the same back rank for both sides, and a back rank each.
-grep -E '^[rnbqk]{8}/pppppppp/8/8/8/8/PPPPPPPP/' "$here/../data/perft960.epd" | cut -d';' -f1 |
+grep -E '^[rnbqk]{8}/pppppppp/8/8/8/8/PPPPPPPP/' "$here/../tests/data/perft960.epd" | cut -d';' -f1 |
   awk '{ split($1, r, "/"); kind = tolower(r[8]) == r[1] ? "same" : "own"; line[kind, ++n[kind]] = $1 " " $2 " " $3 " " $4 }
        END { for (i = 1; i <= n["same"] || i <= n["own"]; ++i) for (k = 0; k < 2; ++k) {
                kind = k ? "own" : "same"; if (i <= n[kind]) print line[kind, i] } }' >"$work/starts.epd"
