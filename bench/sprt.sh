@@ -9,6 +9,7 @@
 #   ELO0, ELO1  the bounds of the test (0 and 5)
 #   MODEL       normalized (nElo, OpenBench's and fastchess's default) or logistic Elo
 #   GAMES       the most games before the test stops undecided (20000)
+#   SPRT        0 for a plain match of GAMES games, with Elo and margin (1)
 #   FASTCHESS   the fastchess binary (fastchess on the PATH)
 #   CONCURRENCY games at once (the machine's cores); HASH table MB per engine (16)
 #   SEED        order of the openings (the clock); MATCH_DIR where the PGN and log go (a new folder under /tmp)
@@ -28,20 +29,26 @@ ELO0=${ELO0:-0}
 ELO1=${ELO1:-5}
 MODEL=${MODEL:-normalized}
 GAMES=${GAMES:-20000}
+SPRT=${SPRT:-1}
 require_fastchess
 make_match_dir
 new=$(readlink -f "$1")
 base=$(readlink -f "$2")
 log=$MATCH_DIR/sprt.log
 
-echo "SPRT $new against $base: $TC, [$ELO0, $ELO1] $MODEL, at most $GAMES games, $CONCURRENCY at once, seed $SEED"
+sprt=(-sprt elo0="$ELO0" elo1="$ELO1" alpha=0.05 beta=0.05 model="$MODEL")
+if [ "$SPRT" = 0 ]; then
+  sprt=()
+  echo "Match $new against $base: $TC, $GAMES games, $CONCURRENCY at once, seed $SEED"
+else
+  echo "SPRT $new against $base: $TC, [$ELO0, $ELO1] $MODEL, at most $GAMES games, $CONCURRENCY at once, seed $SEED"
+fi
 tolva_engine "$new" new
 engines=("${tolva[@]}")
 tolva_engine "$base" base
 engines+=("${tolva[@]}")
 match_options $(((GAMES + 1) / 2))
-run_fastchess "$log" "${engines[@]}" -each tc="$TC" "${match[@]}" \
-  -sprt elo0="$ELO0" elo1="$ELO1" alpha=0.05 beta=0.05 model="$MODEL" -pgnout file="$MATCH_DIR/games.pgn"
+run_fastchess "$log" "${engines[@]}" -each tc="$TC" "${match[@]}" "${sprt[@]}" -pgnout file="$MATCH_DIR/games.pgn"
 
 echo "Final result (games, PGN and log in $MATCH_DIR):"
 last_results "$log"
