@@ -166,14 +166,13 @@ void UciEngine::cmdPosition(const std::vector<std::string>& words) {
   }
 }
 
-int64_t UciEngine::deadlineFor(const UciGoLimits& limits, int64_t startMs) const {
+GoBudget UciEngine::budgetFor(const UciGoLimits& limits) const {
   const bool white = player_.board->sideToMove == White;
   const int64_t time = white ? limits.whiteTime : limits.blackTime;
   std::optional<UciClock> clock;
   if (time >= 0) clock = UciClock{time, white ? limits.whiteIncrement : limits.blackIncrement, limits.movesToGo,
                                        settings_.moveOverheadMs};
-  const int64_t budget = goBudget(clock, limits.moveTime);
-  return budget < 0 ? 0 : startMs + budget;
+  return goBudget(clock, limits.moveTime);
 }
 
 void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs) {
@@ -212,12 +211,13 @@ void UciEngine::cmdGo(const std::vector<std::string>& words, int64_t receivedMs)
   shownLine_.clear();
   const bool untilStopped = limits.infinite || limits.ponder;
   // A ponder search runs without a clock until ponderhit starts it.
-  const int64_t deadline = untilStopped ? 0 : deadlineFor(limits, receivedMs);
+  const GoBudget budget = untilStopped ? GoBudget{} : budgetFor(limits);
+  const int64_t deadline = budget.limit < 0 ? 0 : receivedMs + budget.limit;
   // The root's rules that end a search early (an easy move, no time for
-  // another iteration) serve a clock; a fixed move time is used to its end.
+  // another iteration) serve a clock and plan with its share; a fixed move
+  // time is used to its end.
   const bool onClock = (board.sideToMove == White ? limits.whiteTime : limits.blackTime) >= 0;
-  timeControl_.maxTime = deadline && onClock ? uint32_t(std::max<int64_t>((deadline - receivedMs) / 10, 1))
-                                             : UnlimitedCentiseconds;
+  timeControl_.maxTime = deadline && onClock ? uint32_t(std::max<int64_t>(budget.plan / 10, 1)) : UnlimitedCentiseconds;
   timeControl_.depthLimited = limits.depth > 0;
   timeControl_.maxDepth = limits.depth > 0 ? uint32_t(std::min<int64_t>(limits.depth, 1000)) : 0;
   deadlineMs_.store(deadline, std::memory_order_relaxed);
@@ -268,11 +268,11 @@ void UciEngine::cmdPonderhit() {
   // spent on this move (the search has done that much of its work).
   pondering_ = false;
   holdAnswer_ = pendingLimits_.infinite;
-  const int64_t deadline = deadlineFor(pendingLimits_, searchStartMs_);
+  const GoBudget budget = budgetFor(pendingLimits_);
   const bool onClock = (player_.board->sideToMove == White ? pendingLimits_.whiteTime : pendingLimits_.blackTime) >= 0;
-  if (deadline) deadlineMs_.store(deadline, std::memory_order_relaxed);
+  if (budget.limit >= 0) deadlineMs_.store(searchStartMs_ + budget.limit, std::memory_order_relaxed);
   // The centisecond clock of the root's rules counts from the think's start too.
-  if (deadline && onClock) timeControl_.maxTime = uint32_t(std::max<int64_t>((deadline - searchStartMs_) / 10, 1));
+  if (budget.limit >= 0 && onClock) timeControl_.maxTime = uint32_t(std::max<int64_t>(budget.plan / 10, 1));
   if (!holdAnswer_ && !heldAnswer_.empty()) answerLocked(heldAnswer_);
 }
 

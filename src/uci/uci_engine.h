@@ -10,6 +10,7 @@
 #include "player/engine_interface.h"
 #include "board/board.h"
 #include "uci/uci_go.h"
+#include "uci/uci_time.h"
 #include "uci/uci_info.h"
 #include "uci/uci_options.h"
 #include "search/search_interface.h"
@@ -67,8 +68,8 @@ class UciEngine : public EngineInterface, public SearchInterface {
   // After a bestmove, thread 0 may still be on its way to idle: waits for it,
   // so that the game and the tables can be changed.
   void settle();
-  // The deadline of a timed search started at `startMs` with `limits`; 0 for none.
-  int64_t deadlineFor(const UciGoLimits& limits, int64_t startMs) const;
+  // The plan and hard stop of a search with `limits`, from its start.
+  GoBudget budgetFor(const UciGoLimits& limits) const;
   // Prints the bestmove line, or keeps it when the search must not end by
   // itself (infinite, ponder). Caller holds answerMutex.
   void answerLocked(const std::string& bestmove);
